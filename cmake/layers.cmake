@@ -1,0 +1,68 @@
+# SPDX-License-Identifier: MIT
+# The layers of the house, lowest first, with the units of each. Both the build and tools/check_layers.py read this table:
+# a unit may include units of its own layer and of those above it in this file, never of those below.
+#
+# A unit is a file name under src/Core or src/GL without its suffix; UnitTopic.cpp belongs to the unit Unit when Unit is
+# listed and UnitTopic is not.
+
+set(VRK_LAYERS CORE RUNTIME OBJECTS)
+
+# src/Core: knows no OpenGL.
+set(VRK_LAYER_CORE
+    Export
+    ResourcesPath)
+
+# OpenGL's functions, capabilities, diagnostics, the binding protocol, the identity of a context.
+set(VRK_LAYER_RUNTIME
+    AutoBinder
+    AutoEnabler
+    Bindable
+    Diagnostics
+    GLConstants
+    GLContextTracker
+    GLDebugOutput
+    GLEnumWords
+    GLFunctionTable
+    GLFunctions
+    GLLoader
+    GLOptionalFunctions
+    GLPlatform
+    GLPlatformUnix
+    GLPlatformWgl
+    GLRequirements
+    GLRequirementsLookup
+    GLRuntimeTestAccess
+    GLUtilities
+    GLVersions)
+
+# Wrappers of OpenGL objects and their factory; GLSL expansion, programs, reflection.
+set(VRK_LAYER_OBJECTS
+    BufferObject
+    BufferObjectEntryPoints
+    DrawBuffers
+    DrawElementsIndirectCommand
+    GLSLMacroProcessor
+    OpenGLDeviceContext
+    RangedDataType
+    Shader
+    ShaderProgram
+    UBOContextData
+    UniformBufferObject
+    UniformForm
+    VertexArrayObject)
+
+# Headers of src/GL that are not installed.
+set(VRK_PRIVATE_HEADERS
+    BufferObjectEntryPoints.h
+    GLEnumWords.h
+    GLFunctionTable.h
+    GLOptionalFunctions.h
+    GLPlatform.h
+    GLRequirements.h
+    GLRuntimeTestAccess.h
+    ShaderFile.h
+    ShaderProgramEntryPoints.h
+    ShaderReport.h
+    ShaderText.h
+    UBOContextData.h
+    UniformForm.h)

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// The harness itself: a recorder that drops calls or a fake that answers wrongly would make other tests hollow.
+#include "GLFunctions.h"
+#include "support/CallLog.h"
+#include "support/FakeDriver.h"
+#include "support/GLTest.h"
+#include "support/LogCapture.h"
+#include "support/Picture.h"
+
+#include <QMessageLogger>
+
+using namespace Harrow::Vrk;
+using namespace Harrow::Vrk::Test;
+
+namespace
+{
+
+class Harness : public FakeDriverTest
+{
+};
+
+class HarnessGL : public GLTest
+{
+};
+
+} // namespace
+
+TEST_F(Harness, CallsAreRecordedInOrderWithTheirArguments)
+{
+    CallLog calls;
+    glBindBuffer(GL_ARRAY_BUFFER, 7);
+    glUniform4f(3, 0.5f, 1.0f, -2.0f, 0.0f);
+    glBufferData(GL_ARRAY_BUFFER, 16, nullptr, GL_STATIC_DRAW);
+    glBindAttribLocation(1, 2, "va_Vertex");
+    EXPECT_EQ(calls.list(),
+              QStringList({QStringLiteral("glBindBuffer(0x8892, 7)"), QStringLiteral("glUniform4f(3, 0.5, 1, -2, 0)"),
+                           QStringLiteral("glBufferData(0x8892, 16, null, 0x88e4)"),
+                           QStringLiteral("glBindAttribLocation(1, 2, \"va_Vertex\")")}));
+    EXPECT_EQ(calls.count(QStringLiteral("glBindBuffer")), 1);
+    calls.clear();
+    EXPECT_TRUE(calls.list().isEmpty());
+}
+
+TEST_F(Harness, CallsGoToTheInnermostLog)
+{
+    CallLog outer;
+    {
+        const CallLog inner;
+        glClear(GL_COLOR_BUFFER_BIT);
+        EXPECT_EQ(inner.list().size(), 1);
+    }
+    EXPECT_TRUE(outer.list().isEmpty()) << "the innermost log takes the calls";
+    EXPECT_TRUE(CallLog::isRecording());
+}
+
+TEST_F(Harness, FakeHandsOutNamesPerKind)
+{
+    GLuint buffers[2] = {};
+    GLuint array = 0;
+    glGenBuffers(2, buffers);
+    glGenVertexArrays(1, &array);
+    EXPECT_EQ(buffers[0], 1u);
+    EXPECT_EQ(buffers[1], 2u);
+    EXPECT_EQ(array, 1u);
+}
+
+TEST_F(HarnessGL, RealCallsAreRecordedAndReachTheDriver)
+{
+    const OffscreenTarget target(2, 2);
+    const CallLog calls;
+    glClearColor(1.0f, 0.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    EXPECT_EQ(calls.list(),
+              QStringList({QStringLiteral("glClearColor(1, 0, 0, 1)"), QStringLiteral("glClear(0x4000)")}));
+    EXPECT_EQ(target.read().pixelColor(0, 0), QColor(Qt::red));
+}
+
+TEST(PictureComparison, TellsPicturesThatDifferFromThoseThatAgree)
+{
+    QImage red(3, 2, QImage::Format_RGBA8888);
+    red.fill(Qt::red);
+    QImage other = red;
+    EXPECT_EQ(comparePictures(red, other).maximum, 0);
+    other.setPixelColor(2, 1, QColor(245, 0, 0));
+    EXPECT_EQ(comparePictures(red, other).maximum, 10);
+    EXPECT_NEAR(comparePictures(red, other).mean, 10.0 / 24.0, 1e-9);
+    EXPECT_TRUE(picturesAgree(red, other, 10, 1.0));
+    EXPECT_FALSE(picturesAgree(red, other, 10, 0.1));
+    EXPECT_FALSE(picturesAgree(red, QImage(2, 2, QImage::Format_RGBA8888), 255, 255.0));
+}
+
+TEST(LogCapturing, NestsAndKeepsTypes)
+{
+    LogCapture outer;
+    QMessageLogger().warning("one");
+    {
+        const LogCapture inner;
+        QMessageLogger().critical("[F.cpp:3] two");
+        EXPECT_EQ(inner.messages(), QStringList({QStringLiteral("two")}));
+    }
+    QMessageLogger().debug("three");
+    EXPECT_EQ(outer.texts(), QStringList({QStringLiteral("one"), QStringLiteral("three")}));
+    EXPECT_EQ(outer.texts(QtWarningMsg), QStringList({QStringLiteral("one")}));
+}

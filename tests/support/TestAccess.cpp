@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#include "support/TestAccess.h"
+
+#include "support/GLTest.h"
+
+namespace Harrow::Vrk::Test
+{
+
+void resetCachedEntryPoints()
+{
+    BufferObjectTestAccess::resetEntryPoints();
+}
+
+} // namespace Harrow::Vrk::Test

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// \file
+/// The friend seams through which tests reach private members, and the resets of what classes cache per process.
+
+#include "BufferObject.h"
+#include "BufferObjectEntryPoints.h"
+
+namespace Harrow::Vrk
+{
+
+struct BufferObjectTestAccess
+{
+    static BufferObject* wrap(GLuint name)
+    {
+        return new BufferObject(name, nullptr);
+    }
+    static BufferObject* make()
+    {
+        return new BufferObject(nullptr);
+    }
+    static bool create(BufferObject& object)
+    {
+        return object.create();
+    }
+    static bool destroy(BufferObject& object)
+    {
+        return object.destroy();
+    }
+    static void setName(BufferObject& object, GLuint name)
+    {
+        object._bo = name;
+    }
+    static void resetEntryPoints()
+    {
+        bufferObjectEntryPoints() = {};
+    }
+};
+
+} // namespace Harrow::Vrk

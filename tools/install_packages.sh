@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Installs what is missing of tools/packages.txt. Usage: install_packages.sh run|test
+set -euo pipefail
+cd "$(dirname "$0")"
+wanted=${1:?run or test}
+
+required=() optional=()
+while read -r name when kind; do
+    case "$name" in '' | '#'*) continue ;; esac
+    [ "$when" = run ] || [ "$wanted" = test ] || continue
+    if command -v dpkg-query > /dev/null; then
+        [ "$(dpkg-query -W -f='${Status}' "$name" 2> /dev/null || true)" = 'install ok installed' ] && continue
+    fi
+    if [ "${kind:-}" = optional ]; then optional+=("$name"); else required+=("$name"); fi
+done < packages.txt
+
+[ ${#required[@]} -gt 0 ] || [ ${#optional[@]} -gt 0 ] || exit 0
+
+if ! command -v apt-get > /dev/null; then
+    # Another system: its own packages cannot be checked by Debian's names, so the build tells what it lacks.
+    echo "This is no Debian machine: have the counterparts of these ready: ${required[*]}" >&2
+    exit 0
+fi
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo > /dev/null; then
+        [ ${#required[@]} -eq 0 ] && exit 0
+        echo "Missing packages, and neither root nor sudo to install them: ${required[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo)
+fi
+
+apt() { "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@" > /dev/null; }
+
+echo "Installing: ${required[*]} ${optional[*]}" >&2
+apt update || echo "The package lists could not be refreshed; going on with those at hand." >&2
+if [ ${#required[@]} -gt 0 ] && ! apt install -y --no-install-recommends "${required[@]}"; then
+    echo "These packages could not be installed: ${required[*]}" >&2
+    exit 1
+fi
+for name in "${optional[@]}"; do
+    apt install -y --no-install-recommends "$name" || echo "Going on without $name." >&2
+done
