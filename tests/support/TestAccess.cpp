@@ -9,6 +9,7 @@ namespace Harrow::Vrk::Test
 void resetCachedEntryPoints()
 {
     BufferObjectTestAccess::resetEntryPoints();
+    ShaderProgramTestAccess::resetEntryPoints();
 }
 
 } // namespace Harrow::Vrk::Test

@@ -6,6 +6,8 @@
 
 #include "BufferObject.h"
 #include "BufferObjectEntryPoints.h"
+#include "ShaderProgram.h"
+#include "ShaderProgramEntryPoints.h"
 
 namespace Harrow::Vrk
 {
@@ -35,6 +37,26 @@ struct BufferObjectTestAccess
     static void resetEntryPoints()
     {
         bufferObjectEntryPoints() = {};
+    }
+};
+
+struct ShaderProgramTestAccess
+{
+    static void resetEntryPoints()
+    {
+        shaderProgramEntryPoints() = {};
+    }
+    static void setClock(QTime (*clock)())
+    {
+        ShaderProgram::_clock = clock;
+    }
+    static bool isPreprocessed(const ShaderProgram& program)
+    {
+        return program._preprocessed;
+    }
+    static const QMultiHash<int, Shader*>& shaders(const ShaderProgram& program)
+    {
+        return program._shaders;
     }
 };
 
