@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// \file
+/// What the benchmarks of OpenGL calls share: a context on Mesa's no-operation driver, so that the processor's share
+/// alone is measured, and a report that keeps each benchmark's best time for the ratios at the end.
+
+#include "GLUtilities.h"
+#include "support/HeadlessContext.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Harrow::Vrk::Bench
+{
+
+/// Current from construction on. Made first of all: the driver reads its environment once.
+class NoOperationContext
+{
+public:
+    bool isReady()
+    {
+        setenv("GALLIUM_NOOP", "1", 0);
+        _context = new Test::HeadlessContext;
+        return _context->makeCurrent() && initializeGLFunctions();
+    }
+
+    ~NoOperationContext()
+    {
+        delete _context;
+    }
+
+private:
+    Test::HeadlessContext* _context = nullptr;
+};
+
+constexpr char kBest[] = "best";
+
+/// The usual report, and a memory of the best repetition of each benchmark.
+class BestTimes : public benchmark::ConsoleReporter
+{
+public:
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs)
+        {
+            if (!run.error_occurred && run.aggregate_name == kBest)
+                _seconds[run.run_name.function_name] = run.cpu_accumulated_time / double(run.iterations);
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    /// One line with both times, `count` operations each, and how many times the second one the first takes.
+    void printRatio(const char* what, const std::string& ours, const std::string& floor, int count) const
+    {
+        const auto mine = _seconds.find(ours);
+        const auto theirs = _seconds.find(floor);
+        if (mine == _seconds.end() || theirs == _seconds.end())
+            return;
+        std::printf("%-46s %7.1f ns beside %7.1f ns: ratio %.2f\n", what, mine->second / count * 1e9,
+                    theirs->second / count * 1e9, mine->second / theirs->second);
+    }
+
+private:
+    std::map<std::string, double> _seconds;
+};
+
+/// Each side of a ratio runs many short times, in turn with the other, and its best one counts: what else runs on the
+/// machine comes and goes.
+inline void repeat(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->Unit(benchmark::kMicrosecond)
+        ->MinTime(0.05)
+        ->Repetitions(20)
+        ->DisplayAggregatesOnly()
+        ->ComputeStatistics(kBest, [](const std::vector<double>& times)
+                            { return *std::min_element(times.begin(), times.end()); });
+}
+
+inline bool initialize(int argc, char** argv)
+{
+    std::vector<char*> arguments(argv, argv + argc);
+    static char interleaved[] = "--benchmark_enable_random_interleaving=true";
+    arguments.insert(arguments.begin() + 1, interleaved);
+    int count = int(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    return !benchmark::ReportUnrecognizedArguments(count, arguments.data());
+}
+
+} // namespace Harrow::Vrk::Bench

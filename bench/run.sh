@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Runs all benchmarks of a build and prints their ratios. Usage: bench/run.sh [build folder]
+# The driver is Mesa's no-operation one, so that what is measured is the processor's share alone.
+set -euo pipefail
+build=${1:-$(cd "$(dirname "$0")/.." && pwd)/build/release}
+for program in "$build"/bin/vrk_bench_*; do
+    echo "== $(basename "$program")"
+    GALLIUM_NOOP=1 "$program"
+done
