@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// A model as plain data: meshes, materials and the instances that place meshes in the world.
+// It knows neither the file that it came from nor OpenGL, so reading, generating and drawing stay apart.
+#pragma once
+
+#include <QMatrix4x4>
+#include <QString>
+#include <QVector2D>
+#include <QVector3D>
+#include <QVector4D>
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace vrkview
+{
+
+/// An axis-aligned box in world space. Starts empty; an empty box has no centre and no radius worth using.
+struct Bounds
+{
+    static constexpr float kHuge = std::numeric_limits<float>::infinity();
+
+    QVector3D minimum{kHuge, kHuge, kHuge};
+    QVector3D maximum{-kHuge, -kHuge, -kHuge};
+
+    void add(const QVector3D& point);
+    bool isEmpty() const;
+    QVector3D center() const;
+
+    /// Half the diagonal: the radius of the sphere around the box.
+    float radius() const;
+};
+
+struct Mesh
+{
+    QString name;
+    std::vector<QVector3D> positions;
+    std::vector<QVector3D> normals;     ///< one a position; unit length, or zero where the file gave nothing usable
+    std::vector<QVector2D> texCoords;   ///< one a position, or none at all
+    std::vector<std::uint32_t> indices; ///< three a triangle
+    std::size_t material = 0;
+};
+
+struct Material
+{
+    QString name;
+    QVector3D baseColor{0.8f, 0.8f, 0.8f}; ///< linear, not gamma encoded
+    float roughness = 0.6f;                ///< 0 mirror, 1 chalk
+    float metallic = 0.0f;                 ///< 0 dielectric, 1 metal
+};
+
+/// One mesh standing somewhere. The matrix may mirror.
+struct Instance
+{
+    std::size_t mesh = 0;
+    QMatrix4x4 worldFromModel;
+};
+
+struct Model
+{
+    QString name;
+    std::vector<Mesh> meshes;
+    std::vector<Material> materials; ///< never empty once a model is complete
+    std::vector<Instance> instances;
+    Bounds bounds; ///< of all instances, in world space
+
+    /// Outermost vertices in many directions, in world space: they stand for the whole when a view is fitted around it.
+    std::vector<QVector3D> extremes;
+
+    /// Triangles drawn, so a mesh counts once for each of its instances.
+    std::size_t triangleCount() const;
+
+    /// Measures `bounds` and `extremes` over every vertex of every instance.
+    void measure();
+
+    /// What keeps this model from being drawn, as one line, or an empty string if nothing does: no triangle, or
+    /// coordinates that are no numbers or too large to frame.
+    QString fault() const;
+};
+
+} // namespace vrkview

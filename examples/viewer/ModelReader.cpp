@@ -1,0 +1,340 @@
+// SPDX-License-Identifier: MIT
+#include "ModelReader.h"
+
+#include "Gltf1Nodes.h"
+#include "MemoryLimit.h"
+#include "Terminal.h"
+
+#include <QFileInfo>
+
+#include <assimp/GltfMaterial.h>
+#include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
+#include <assimp/config.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vrkview
+{
+
+namespace
+{
+
+constexpr unsigned int kSteps =
+    aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_GenSmoothNormals | aiProcess_JoinIdenticalVertices;
+
+// Generated normals are shared across edges flatter than this, so that a cube keeps its corners.
+constexpr float kSmoothingDegrees = 50.0f;
+
+// What reading may take: enough for any model with all its data in other files, and room for text to unfold.
+constexpr quint64 kMemoryBase = quint64(4) << 30;
+constexpr quint64 kMemoryPerByte = 64;
+
+class ReadProgress : public Assimp::ProgressHandler
+{
+public:
+    bool Update(float fraction) override
+    {
+        _line.show(QStringLiteral("reading the model"), fraction);
+        return true; // false would cancel
+    }
+
+private:
+    ProgressLine _line;
+};
+
+// Why a path cannot be a model file at all, or an empty string.
+QString pathFault(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return QStringLiteral("there is no such file");
+    if (info.isDir())
+        return QStringLiteral("it is a directory");
+    if (!info.isFile())
+        return QStringLiteral("it is not a regular file");
+    if (!info.isReadable())
+        return QStringLiteral("it may not be read");
+    return {};
+}
+
+// What in a file would lead the importer's own steps out of their arrays, or an empty string. The importer's validation
+// would find it too, but it also turns down whole files for one part that is merely empty.
+QString meshFault(const aiMesh& mesh)
+{
+    if (mesh.mNumVertices > 0 && !mesh.mVertices)
+        return QStringLiteral("a mesh has no positions");
+    for (unsigned int i = 0; i < mesh.mNumFaces; ++i)
+    {
+        const aiFace& face = mesh.mFaces[i];
+        for (unsigned int corner = 0; corner < face.mNumIndices; ++corner)
+            if (face.mIndices[corner] >= mesh.mNumVertices)
+                return QStringLiteral("a face names a vertex that is not there");
+    }
+    for (unsigned int i = 0; i < mesh.mNumBones; ++i)
+        for (unsigned int weight = 0; weight < mesh.mBones[i]->mNumWeights; ++weight)
+            if (mesh.mBones[i]->mWeights[weight].mVertexId >= mesh.mNumVertices)
+                return QStringLiteral("a bone names a vertex that is not there");
+    for (unsigned int i = 0; i < mesh.mNumAnimMeshes; ++i)
+        if (mesh.mAnimMeshes[i]->mNumVertices != mesh.mNumVertices)
+            return QStringLiteral("a morph target has another number of vertices than its mesh");
+    return {};
+}
+
+QString sceneFault(const aiScene& scene)
+{
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+    {
+        const QString fault = meshFault(*scene.mMeshes[i]);
+        if (!fault.isEmpty())
+            return fault;
+    }
+    std::vector<const aiNode*> open = {scene.mRootNode};
+    while (!open.empty())
+    {
+        const aiNode* node = open.back();
+        open.pop_back();
+        if (!node)
+            return QStringLiteral("its node tree is broken");
+        for (unsigned int i = 0; i < node->mNumMeshes; ++i)
+            if (node->mMeshes[i] >= scene.mNumMeshes)
+                return QStringLiteral("a node names a mesh that is not there");
+        open.insert(open.end(), node->mChildren, node->mChildren + node->mNumChildren);
+    }
+    return {};
+}
+
+QString importFault(const Assimp::Importer& importer)
+{
+    const QString text = QString::fromUtf8(importer.GetErrorString()).simplified();
+    if (text.isEmpty() || text.startsWith(QLatin1String("No suitable reader")))
+        return QStringLiteral("it is not a model of a known kind");
+    if (text.contains(QLatin1String("bad_alloc")))
+        return QStringLiteral("it asks for more memory than a file of its size should");
+    return text;
+}
+
+QMatrix4x4 toMatrix(const aiMatrix4x4& m)
+{
+    return {m.a1, m.a2, m.a3, m.a4, m.b1, m.b2, m.b3, m.b4, m.c1, m.c2, m.c3, m.c4, m.d1, m.d2, m.d3, m.d4};
+}
+
+QVector3D toVector(const aiVector3D& v)
+{
+    return {v.x, v.y, v.z};
+}
+
+QVector3D unitOrZero(const QVector3D& v)
+{
+    const float length = v.length();
+    return std::isfinite(length) && length > 1.0e-6f ? v / length : QVector3D();
+}
+
+// A number between 0 and 1, whatever the file says.
+float unitRange(float value)
+{
+    return value >= 0.0f ? std::min(value, 1.0f) : 0.0f; // NaN compares false
+}
+
+float decodeGamma(float value)
+{
+    return std::pow(unitRange(value), 2.2f);
+}
+
+// Whether the importer made the material up because the file has none. Our own grey does better than its white.
+bool isMadeUp(const QString& name, const aiColor3D& color)
+{
+    return name == QLatin1String(AI_DEFAULT_MATERIAL_NAME) || (name.isEmpty() && color == aiColor3D(1.0f, 1.0f, 1.0f));
+}
+
+Material toMaterial(const aiMaterial& source)
+{
+    Material material;
+    material.name = QString::fromUtf8(source.GetName().C_Str());
+    aiColor3D color;
+    if (source.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS) // glTF gives linear factors
+    {
+        material.baseColor = {unitRange(color.r), unitRange(color.g), unitRange(color.b)};
+        material.roughness = 1.0f;
+        material.metallic = 1.0f;
+        source.Get(AI_MATKEY_ROUGHNESS_FACTOR, material.roughness);
+        source.Get(AI_MATKEY_METALLIC_FACTOR, material.metallic);
+    }
+    else if (source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == aiReturn_SUCCESS && !isMadeUp(material.name, color))
+    {
+        // Other formats give what a screen shows.
+        float shininess = 0.0f;
+        material.baseColor = {decodeGamma(color.r), decodeGamma(color.g), decodeGamma(color.b)};
+        if (source.Get(AI_MATKEY_SHININESS, shininess) == aiReturn_SUCCESS && shininess > 0.0f)
+            material.roughness = std::sqrt(2.0f / (shininess + 2.0f)); // the lobe's usual equivalent
+    }
+    material.roughness = unitRange(material.roughness);
+    material.metallic = unitRange(material.metallic);
+    return material;
+}
+
+Mesh toMesh(const aiMesh& source)
+{
+    Mesh mesh;
+    mesh.name = QString::fromUtf8(source.mName.C_Str());
+    mesh.material = source.mMaterialIndex;
+    mesh.positions.reserve(source.mNumVertices);
+    mesh.normals.reserve(source.mNumVertices);
+    mesh.indices.reserve(std::size_t(source.mNumFaces) * 3);
+
+    for (unsigned int i = 0; i < source.mNumVertices; ++i)
+    {
+        mesh.positions.push_back(toVector(source.mVertices[i]));
+        mesh.normals.push_back(source.HasNormals() ? unitOrZero(toVector(source.mNormals[i])) : QVector3D());
+    }
+    if (source.HasTextureCoords(0))
+    {
+        mesh.texCoords.reserve(source.mNumVertices);
+        for (unsigned int i = 0; i < source.mNumVertices; ++i)
+            mesh.texCoords.emplace_back(source.mTextureCoords[0][i].x, source.mTextureCoords[0][i].y);
+    }
+    for (unsigned int i = 0; i < source.mNumFaces; ++i)
+        if (source.mFaces[i].mNumIndices == 3)
+            mesh.indices.insert(mesh.indices.end(), source.mFaces[i].mIndices, source.mFaces[i].mIndices + 3);
+    return mesh;
+}
+
+// Turns the importer's scene into a Model: each mesh that a node uses once, each use an instance.
+class SceneConverter
+{
+public:
+    /// `nodeMatrices` holds, by name, matrices to the parent that count in place of the scene's own.
+    SceneConverter(const aiScene& scene, const QHash<QString, QMatrix4x4>& nodeMatrices)
+        : _scene(scene), _nodeMatrices(nodeMatrices), _meshOf(scene.mNumMeshes, kNotYet)
+    {
+    }
+
+    Model convert(const QMatrix4x4& worldFromFile)
+    {
+        for (unsigned int i = 0; i < _scene.mNumMaterials; ++i)
+            _model.materials.push_back(toMaterial(*_scene.mMaterials[i]));
+        if (_model.materials.empty())
+            _model.materials.emplace_back();
+
+        // A stack of our own: a file can nest nodes deeper than the call stack goes.
+        std::vector<Visit> open;
+        if (_scene.mRootNode)
+            open.push_back({_scene.mRootNode, worldFromFile});
+        while (!open.empty())
+        {
+            const Visit visit = open.back();
+            open.pop_back();
+            const QMatrix4x4 worldFromNode = visit.worldFromParent * parentFromNode(*visit.node);
+            for (unsigned int i = 0; i < visit.node->mNumMeshes; ++i)
+                place(visit.node->mMeshes[i], worldFromNode);
+            for (unsigned int i = visit.node->mNumChildren; i-- > 0;) // so that the first child comes next
+                open.push_back({visit.node->mChildren[i], worldFromNode});
+        }
+        _model.measure();
+        return std::move(_model);
+    }
+
+    QString note() const
+    {
+        if (_lines == 0 && _points == 0)
+            return {};
+        return QStringLiteral("only triangles are drawn; left out: %1 lines, %2 points").arg(_lines).arg(_points);
+    }
+
+private:
+    struct Visit
+    {
+        const aiNode* node;
+        QMatrix4x4 worldFromParent;
+    };
+
+    static constexpr std::size_t kNotYet = ~std::size_t(0);
+
+    QMatrix4x4 parentFromNode(const aiNode& node) const
+    {
+        const QMatrix4x4 read = toMatrix(node.mTransformation);
+        return _nodeMatrices.isEmpty() ? read : _nodeMatrices.value(QString::fromUtf8(node.mName.C_Str()), read);
+    }
+
+    void place(unsigned int sourceIndex, const QMatrix4x4& worldFromNode)
+    {
+        const aiMesh& source = *_scene.mMeshes[sourceIndex];
+        if (!(source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE))
+        {
+            (source.mPrimitiveTypes & aiPrimitiveType_LINE ? _lines : _points) += source.mNumFaces;
+            return;
+        }
+        std::size_t& index = _meshOf[sourceIndex];
+        if (index == kNotYet)
+        {
+            index = _model.meshes.size();
+            _model.meshes.push_back(toMesh(source));
+            if (_model.meshes.back().material >= _model.materials.size())
+                _model.meshes.back().material = 0;
+        }
+        _model.instances.push_back({index, worldFromNode});
+    }
+
+    const aiScene& _scene;
+    const QHash<QString, QMatrix4x4> _nodeMatrices;
+    std::vector<std::size_t> _meshOf; // by the importer's mesh index
+    Model _model;
+    quint64 _lines = 0;
+    quint64 _points = 0;
+};
+
+QMatrix4x4 worldFromFile(UpAxis upAxis)
+{
+    QMatrix4x4 matrix;
+    if (upAxis == UpAxis::Z)
+        matrix = QMatrix4x4(1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1);
+    return matrix;
+}
+
+// The importer keeps the scene. Null with `error` told if there is none, or none that is safe to use.
+const aiScene* import(Assimp::Importer& importer, const QString& path, QString& error)
+{
+    const MemoryLimit limit(kMemoryBase + kMemoryPerByte * quint64(QFileInfo(path).size()));
+    importer.SetProgressHandler(new ReadProgress); // the importer owns it
+    importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothingDegrees);
+    const aiScene* scene = importer.ReadFile(path.toUtf8().constData(), 0);
+    if (scene)
+    {
+        error = sceneFault(*scene);
+        if (!error.isEmpty())
+            return nullptr;
+        scene = importer.ApplyPostProcessing(kSteps);
+    }
+    if (!scene)
+        error = importFault(importer);
+    return scene;
+}
+
+} // namespace
+
+ReadResult readModel(const QString& path, UpAxis upAxis)
+{
+    ReadResult result;
+    result.error = pathFault(path);
+    if (!result.error.isEmpty())
+        return result;
+
+    Assimp::Importer importer;
+    const aiScene* scene = import(importer, path, result.error);
+    if (!scene)
+        return result;
+
+    SceneConverter converter(*scene, gltf1NodeMatrices(path));
+    Model model = converter.convert(worldFromFile(upAxis));
+    model.name = QFileInfo(path).fileName();
+    result.note = converter.note();
+    result.error = model.fault();
+    if (result.error.isEmpty())
+        result.model = std::move(model);
+    return result;
+}
+
+} // namespace vrkview

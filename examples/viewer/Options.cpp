@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: MIT
+#include "Options.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+#include <cmath>
+#include <iterator>
+
+namespace vrkview
+{
+
+namespace
+{
+
+constexpr int kLargestSide = 1 << 20; // beyond any driver; keeps products of sides in range
+constexpr int kMostSamples = 64;
+constexpr int kMostFrames = 1000000;
+
+template <typename Value> struct Choice
+{
+    const char* word;
+    Value value;
+};
+
+constexpr Choice<DrawIdCarrier> kDrawIdCarriers[] = {
+    {"auto", DrawIdCarrier::Automatic},
+    {"uniform", DrawIdCarrier::Uniform},
+    {"base-instance", DrawIdCarrier::BaseInstance},
+};
+
+constexpr Choice<UpAxis> kUpAxes[] = {
+    {"y", UpAxis::Y},
+    {"z", UpAxis::Z},
+};
+
+template <typename Value, std::size_t count>
+QString words(const Choice<Value> (&choices)[count], const QString& separator)
+{
+    QStringList list;
+    for (const Choice<Value>& choice : choices)
+        list.append(QLatin1String(choice.word));
+    return list.join(separator);
+}
+
+// Reads values out of a parser; the first value that is wrong leaves its message in `error`.
+class ValueReader
+{
+public:
+    explicit ValueReader(const QCommandLineParser& parser) : _parser(parser) {}
+
+    void read(const char* name, float lowest, float highest, std::optional<float>& value)
+    {
+        bool isNumber = false;
+        const QString text = given(name);
+        if (text.isNull())
+            return;
+        const float number = text.toFloat(&isNumber);
+        if (!isNumber || !std::isfinite(number) || number < lowest || number > highest)
+            reject(name, text, QStringLiteral("a number from %1 to %2").arg(lowest).arg(highest));
+        else
+            value = number;
+    }
+
+    void read(const char* name, int lowest, int highest, int& value)
+    {
+        bool isNumber = false;
+        const QString text = given(name);
+        if (text.isNull())
+            return;
+        const int number = text.toInt(&isNumber);
+        if (!isNumber || number < lowest || number > highest)
+            reject(name, text, QStringLiteral("a whole number from %1 to %2").arg(lowest).arg(highest));
+        else
+            value = number;
+    }
+
+    void read(const char* name, QSize& value)
+    {
+        const QString text = given(name);
+        if (text.isNull())
+            return;
+        static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,7})x([0-9]{1,7})$"));
+        const QRegularExpressionMatch match = pattern.match(text);
+        const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+        if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide)
+            reject(name, text, QStringLiteral("WIDTHxHEIGHT in pixels, such as 1280x720"));
+        else
+            value = size;
+    }
+
+    template <typename Value, std::size_t count>
+    void read(const char* name, const Choice<Value> (&choices)[count], Value& value)
+    {
+        const QString text = given(name);
+        if (text.isNull())
+            return;
+        for (const Choice<Value>& choice : choices)
+        {
+            if (text == QLatin1String(choice.word))
+            {
+                value = choice.value;
+                return;
+            }
+        }
+        reject(name, text, QStringLiteral("one of ") + words(choices, QStringLiteral(", ")));
+    }
+
+    void readPath(const char* name, QString& value)
+    {
+        const QString text = given(name);
+        if (text.isNull())
+            return;
+        if (text.isEmpty())
+            reject(name, text, QStringLiteral("a file name"));
+        else
+            value = text;
+    }
+
+    const QString& error() const
+    {
+        return _error;
+    }
+
+private:
+    // Null if the option is absent; an empty value given on the command line is empty but not null.
+    QString given(const char* name) const
+    {
+        const QString option = QLatin1String(name);
+        if (!_parser.isSet(option))
+            return {};
+        const QString value = _parser.value(option);
+        return value.isNull() ? QStringLiteral("") : value;
+    }
+
+    void reject(const char* name, const QString& text, const QString& wanted)
+    {
+        if (_error.isEmpty())
+            _error = QStringLiteral("--%1 '%2' is not %3").arg(QLatin1String(name), text, wanted);
+    }
+
+    const QCommandLineParser& _parser;
+    QString _error;
+};
+
+void describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "Draws a 3D model (glTF, OBJ, PLY, STL and whatever else Assimp reads) into a picture or a window.\n"
+        "Prints the path of the picture. In the window: drag orbits, wheel zooms, right or middle drag pans,\n"
+        "R resets the view, Escape closes."));
+    parser.addPositionalArgument(QStringLiteral("model"), QStringLiteral("The model's file; without it a sample."),
+                                 QStringLiteral("[model]"));
+
+    QCommandLineOption frames(QStringLiteral("frames"), QString(), QStringLiteral("count"));
+    frames.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({
+        {{QStringLiteral("o"), QStringLiteral("output")},
+         QStringLiteral("The picture, a PNG; vrkview.png beside the program if not given."),
+         QStringLiteral("file")},
+        {QStringLiteral("size"), QStringLiteral("The picture's or the window's size, 1280x720 if not given."),
+         QStringLiteral("WxH")},
+        {QStringLiteral("window"), QStringLiteral("Open a window instead of drawing a picture.")},
+        {QStringLiteral("builtin"), QStringLiteral("Draw the built-in scene.")},
+        {QStringLiteral("azimuth"), QStringLiteral("Where the eye stands around the model; 0 is in front, on +z."),
+         QStringLiteral("degrees")},
+        {QStringLiteral("elevation"), QStringLiteral("How far the eye stands above the model, -90 to 90."),
+         QStringLiteral("degrees")},
+        {QStringLiteral("up"),
+         QStringLiteral("The model's upward axis: %1.").arg(words(kUpAxes, QStringLiteral(" or "))),
+         QStringLiteral("axis")},
+        {QStringLiteral("samples"),
+         QStringLiteral("Samples per pixel against jagged edges, 1 to %1.").arg(kMostSamples), QStringLiteral("count")},
+        {QStringLiteral("draw-id"),
+         QStringLiteral("How a draw's number reaches the shader: %1.")
+             .arg(words(kDrawIdCarriers, QStringLiteral(", "))),
+         QStringLiteral("how")},
+        frames,
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this and end.")},
+        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version and end.")},
+    });
+}
+
+ParsedOptions failure(const QString& text)
+{
+    return {ParsedOptions::Outcome::Error, {}, text};
+}
+
+} // namespace
+
+ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
+{
+    QCommandLineParser parser;
+    describe(parser);
+    if (!parser.parse(arguments))
+        return failure(parser.errorText().simplified() + QStringLiteral(" See --help."));
+    if (parser.isSet(QStringLiteral("help")))
+        return {ParsedOptions::Outcome::ShowText, {}, parser.helpText()};
+    if (parser.isSet(QStringLiteral("version")))
+        return {ParsedOptions::Outcome::ShowText, {}, QStringLiteral("vrkview %1\n").arg(version)};
+
+    ParsedOptions parsed;
+    Options& options = parsed.options;
+    ValueReader reader(parser);
+    reader.readPath("output", options.outputPath);
+    reader.read("size", options.size);
+    reader.read("azimuth", -3600.0f, 3600.0f, options.azimuth);
+    reader.read("elevation", -90.0f, 90.0f, options.elevation);
+    reader.read("samples", 1, kMostSamples, options.samples);
+    reader.read("up", kUpAxes, options.upAxis);
+    reader.read("draw-id", kDrawIdCarriers, options.drawIdCarrier);
+    reader.read("frames", 0, kMostFrames, options.frames);
+    if (!reader.error().isEmpty())
+        return failure(reader.error());
+
+    options.window = parser.isSet(QStringLiteral("window"));
+    options.builtIn = parser.isSet(QStringLiteral("builtin"));
+
+    const QStringList paths = parser.positionalArguments();
+    if (paths.size() > 1)
+        return failure(QStringLiteral("more than one model is named: '%1' and '%2'").arg(paths[0], paths[1]));
+    if (!paths.isEmpty() && options.builtIn)
+        return failure(QStringLiteral("--builtin and the model '%1' exclude each other").arg(paths[0]));
+    if (options.frames > 0 && !options.window)
+        return failure(QStringLiteral("--frames needs --window"));
+    if (!paths.isEmpty())
+    {
+        options.modelPath = paths[0];
+        if (options.modelPath.isEmpty())
+            return failure(QStringLiteral("the model's file name is empty"));
+    }
+    return parsed;
+}
+
+} // namespace vrkview

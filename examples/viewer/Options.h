@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// The command line as a value. Parsing needs no display and touches no file; what a path or a size means on this
+// machine is checked by whoever uses it. Only the text of --help asks for an application object.
+#pragma once
+
+#include "DrawIdCarrier.h"
+#include "ModelReader.h"
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace vrkview
+{
+
+struct Options
+{
+    QString modelPath;            ///< empty: the default model, or the built-in scene where that is not installed
+    QString outputPath;           ///< empty: vrkview.png beside the program; with `window`: no picture
+    QSize size{1280, 720};        ///< of the picture in pixels; of the window in device independent pixels
+    std::optional<float> azimuth; ///< degrees; not given: what suits the model
+    std::optional<float> elevation;
+    int samples = 0; ///< per pixel; 0: many for a picture, few for a window
+    UpAxis upAxis = UpAxis::Y;
+    DrawIdCarrier drawIdCarrier = DrawIdCarrier::Automatic;
+    bool builtIn = false;
+    bool window = false;
+
+    /// For tests: the window closes by itself after this many frames, 0 is never. With `outputPath` the last frame
+    /// is written there. Not listed by --help.
+    int frames = 0;
+};
+
+struct ParsedOptions
+{
+    enum class Outcome
+    {
+        Run,
+        ShowText, ///< --help or --version: `text` goes to standard output
+        Error,    ///< `text` is one line
+    };
+
+    Outcome outcome = Outcome::Run;
+    Options options;
+    QString text;
+};
+
+/// `arguments` as the system gives them, the program's name first. `version` is what --version shows.
+ParsedOptions parseOptions(const QStringList& arguments, const QString& version);
+
+} // namespace vrkview

@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: MIT
+// vrkview: draws a model into a picture, or shows it in a window. Bad input gives one line on standard error and exit
+// code 1; standard output gets the picture's path and nothing else.
+#include "BuiltInScene.h"
+#include "Driver.h"
+#include "HeadlessContext.h"
+#include "ModelReader.h"
+#include "Options.h"
+#include "OrbitCamera.h"
+#include "PictureFile.h"
+#include "RenderTarget.h"
+#include "SceneRenderer.h"
+#include "Terminal.h"
+#include "Window.h"
+
+#include <VrkGL/GLVersions.h>
+#include <VrkGL/OpenGLDeviceContext.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace vrkview
+{
+
+namespace
+{
+
+// Samples per pixel where the command line names none. A picture has time, a window has frames.
+constexpr int kPictureSamples = 16;
+constexpr int kWindowSamples = 4;
+
+struct View
+{
+    float azimuth = 35.0f;
+    float elevation = 22.0f;
+};
+
+// What is drawn when no model is named: the first of these that is installed, from its better side, else the built-in
+// scene.
+struct DefaultModel
+{
+    const char* path;
+    View view;
+};
+constexpr DefaultModel kDefaultModels[] = {
+    {"/usr/share/assimp/models/glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", {-142.0f, 20.0f}},
+};
+
+const DefaultModel* defaultModel()
+{
+    for (const DefaultModel& candidate : kDefaultModels)
+        if (QFileInfo::exists(QLatin1String(candidate.path)))
+            return &candidate;
+    return nullptr;
+}
+
+// Completes `options`: without a model's path afterwards, the built-in scene is meant.
+void chooseModel(Options& options)
+{
+    View view;
+    if (options.builtIn)
+        options.modelPath.clear();
+    else if (options.modelPath.isEmpty())
+    {
+        if (const DefaultModel* chosen = defaultModel())
+        {
+            options.modelPath = QLatin1String(chosen->path);
+            view = chosen->view;
+        }
+    }
+    options.azimuth = options.azimuth.value_or(view.azimuth);
+    options.elevation = options.elevation.value_or(view.elevation);
+}
+
+bool loadModel(const Options& options, Model& model, QString& error)
+{
+    if (options.modelPath.isEmpty())
+    {
+        model = makeBuiltInScene();
+        return true;
+    }
+    ReadResult result = readModel(options.modelPath, options.upAxis);
+    if (!result.model)
+    {
+        error = QStringLiteral("cannot draw the model '%1': %2").arg(options.modelPath, result.error);
+        return false;
+    }
+    if (!result.note.isEmpty())
+        remark(QStringLiteral("%1: %2").arg(result.model->name, result.note));
+    model = std::move(*result.model);
+    return true;
+}
+
+QString picturePath(const Options& options)
+{
+    if (!options.outputPath.isEmpty())
+        return QFileInfo(options.outputPath).absoluteFilePath();
+    return options.window ? QString()
+                          : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("vrkview.png"));
+}
+
+OrbitCamera cameraOf(const Options& options)
+{
+    OrbitCamera camera;
+    camera.setAngles(*options.azimuth, *options.elevation);
+    return camera;
+}
+
+void summarise(const Model& model, const QString& driver)
+{
+    remark(QStringLiteral("%1: %2 meshes, %3 triangles, drawn by %4")
+               .arg(model.name)
+               .arg(model.meshes.size())
+               .arg(model.triangleCount())
+               .arg(driver));
+}
+
+bool savePicture(const QImage& image, const QString& path, QString& error)
+{
+    if (image.isNull())
+        error = QStringLiteral("there is no memory for the picture");
+    else if (writePicture(image, path, error))
+    {
+        std::printf("%s\n", qUtf8Printable(path));
+        return true;
+    }
+    error = QStringLiteral("cannot write '%1': %2").arg(path, error);
+    return false;
+}
+
+// Everything that belongs to the context lives inside this function, so that it goes before the context does.
+bool drawPicture(const Options& options, const Model& model, QImage& picture, QString& driver, QString& error)
+{
+    RenderTarget target;
+    SceneRenderer renderer;
+    const int samples = options.samples > 0 ? options.samples : kPictureSamples;
+    if (!startDriver(driver, error) || !target.create(options.size, samples, error) ||
+        !renderer.create(model, options.drawIdCarrier, error))
+        return false;
+
+    const float aspect = float(options.size.width()) / float(options.size.height());
+    OrbitCamera camera = cameraOf(options);
+    camera.frame(model, aspect);
+    target.bind();
+    renderer.draw(camera, aspect);
+    target.resolve();
+    picture = target.read();
+    Harrow::Vrk::OpenGLDeviceContext::resetContext();
+    return true;
+}
+
+int runHeadless(const Options& options, const Model& model, const QString& path)
+{
+    HeadlessContext context;
+    QImage picture;
+    QString driver;
+    QString error;
+    if (!context.create(error) || !drawPicture(options, model, picture, driver, error))
+        return fail(QStringLiteral("cannot draw: %1").arg(error));
+    summarise(model, driver);
+    return savePicture(picture, path, error) ? EXIT_SUCCESS : fail(error);
+}
+
+// Why there can be no window, or empty where only trying tells.
+QString displayFault()
+{
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY") &&
+        qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return QStringLiteral("cannot open a window: neither DISPLAY nor WAYLAND_DISPLAY is set");
+#endif
+    return {};
+}
+
+// What to say where trying showed that there can be no window.
+QString platformFault()
+{
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+        if (!qEnvironmentVariableIsEmpty(name))
+            return QStringLiteral("cannot open a window: %1 is '%2', which does not answer")
+                .arg(QLatin1String(name), qEnvironmentVariable(name));
+    return QStringLiteral("cannot open a window on this system");
+}
+
+int runWindow(const Options& options, const Model& model, const QString& path, char* programName)
+{
+    QString error = displayFault();
+    if (!error.isEmpty())
+        return fail(error);
+
+    // Qt ends the process where a display is named but does not answer; the scope ends it with our one line.
+    char* arguments[] = {programName, nullptr};
+    int argumentCount = 1;
+    auto quiet = std::make_unique<QuietScope>(platformFault());
+    QGuiApplication application(argumentCount, arguments);
+    quiet.reset();
+
+    Window window;
+    window.setTitle(QStringLiteral("%1 - vrkview").arg(model.name));
+    window.resize(options.size);
+    window.setFrameLimit(options.frames);
+    const int samples = options.samples > 0 ? options.samples : kWindowSamples;
+    if (!window.create(model, cameraOf(options), samples, options.drawIdCarrier, error))
+        return fail(QStringLiteral("cannot draw: %1").arg(error));
+    summarise(model, window.driver());
+    window.show();
+    QGuiApplication::exec();
+    if (!window.error().isEmpty())
+        return fail(QStringLiteral("cannot draw: %1").arg(window.error()));
+    return path.isEmpty() || savePicture(window.lastFrame(), path, error) ? EXIT_SUCCESS : fail(error);
+}
+
+int run(int argc, char** argv)
+{
+    ParsedOptions parsed;
+    QString path;
+    {
+        // Lent for its reading of the command line; a window wants an application of another kind.
+        const QCoreApplication application(argc, argv);
+        parsed = parseOptions(QCoreApplication::arguments(), Harrow::Vrk::GLVersions::getVersion());
+        path = picturePath(parsed.options);
+    }
+    if (parsed.outcome == ParsedOptions::Outcome::Error)
+        return fail(parsed.text);
+    if (parsed.outcome == ParsedOptions::Outcome::ShowText)
+    {
+        std::fputs(qUtf8Printable(parsed.text), stdout);
+        return EXIT_SUCCESS;
+    }
+
+    if (!path.isEmpty())
+    {
+        const QString fault = pictureFault(path);
+        if (!fault.isEmpty())
+            return fail(QStringLiteral("cannot write '%1': %2").arg(path, fault));
+    }
+    chooseModel(parsed.options);
+    Model model;
+    QString error;
+    if (!loadModel(parsed.options, model, error))
+        return fail(error);
+    return parsed.options.window ? runWindow(parsed.options, model, path, argv[0])
+                                 : runHeadless(parsed.options, model, path);
+}
+
+} // namespace
+
+} // namespace vrkview
+
+int main(int argc, char** argv)
+{
+    return vrkview::run(argc, argv);
+}

@@ -1,0 +1,59 @@
+#version 150
+// SPDX-License-Identifier: MIT
+
+#include "VrkUtilities.glslh"
+#include "Frame.glslh"
+#include "Output.glslh"
+
+in vec3 vo_Position;
+in vec3 vo_Normal;
+flat in vec3 vo_BaseColor;
+flat in vec2 vo_Surface;
+
+out vec4 o_Color;
+
+// Light, already divided by pi: a white surface facing light of 1 shows 1.
+const vec3 kSky = vec3(0.40, 0.45, 0.53);
+const vec3 kGround = vec3(0.18, 0.155, 0.13);
+const vec3 kKey = vec3(0.82, 0.77, 0.68);
+const vec3 kRim = vec3(0.10, 0.12, 0.15);
+
+vec3 skyAndGround(vec3 direction)
+{
+    return mix(kGround, kSky, 0.5 * direction.y + 0.5);
+}
+
+// The unit normal on the eye's side of the surface. The triangle's own plane decides which side that is, so neither the
+// winding of its corners nor a mirroring matrix matters; it also stands in where a model has no usable normal.
+vec3 facingNormal(vec3 toEye)
+{
+    vec3 plane = cross(dFdx(vo_Position), dFdy(vo_Position));
+    plane *= dot(plane, toEye) < 0.0 ? -1.0 : 1.0;
+    vec3 normal = dot(vo_Normal, vo_Normal) > 0.0 ? vo_Normal : plane;
+    return normalize(dot(normal, plane) < 0.0 ? -normal : normal);
+}
+
+void main()
+{
+    vec3 toEye = normalize(u_Eye.xyz - vo_Position);
+    vec3 normal = facingNormal(toEye);
+    float roughness = max(vo_Surface.x, 0.08);
+    float metallic = vo_Surface.y;
+
+    float towardsEye = max(dot(normal, toEye), 0.0);
+    float towardsKey = max(dot(normal, u_ToKey.xyz), 0.0);
+    float grazing = pow(1.0 - towardsEye, 4.0);
+
+    vec3 diffuse = vo_BaseColor * (1.0 - metallic) * (skyAndGround(normal) + kKey * towardsKey);
+
+    // What mirrors: the key light as a highlight whose size follows the roughness, and sky and ground around.
+    vec3 mirrored = mix(vec3(0.04), vo_BaseColor, metallic);
+    mirrored += (max(vec3(1.0 - roughness), mirrored) - mirrored) * grazing;
+    float sharpness = 2.0 / (roughness * roughness * roughness * roughness);
+    float highlight = pow(max(dot(normal, normalize(u_ToKey.xyz + toEye)), 0.0), sharpness) * (0.125 * sharpness + 1.0);
+    vec3 specular = mirrored * (skyAndGround(reflect(-toEye, normal)) + kKey * towardsKey * highlight);
+
+    vec3 rim = kRim * grazing * (0.5 * normal.y + 0.5);
+
+    o_Color = displayed(diffuse + specular + rim);
+}

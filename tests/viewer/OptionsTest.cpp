@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "Options.h"
+
+#include <gtest/gtest.h>
+
+using namespace vrkview;
+
+namespace
+{
+
+ParsedOptions parse(const QStringList& arguments)
+{
+    return parseOptions(QStringList{QStringLiteral("vrkview")} + arguments, QStringLiteral("1.2.3"));
+}
+
+void expectError(const QStringList& arguments, const QString& words)
+{
+    const ParsedOptions parsed = parse(arguments);
+    const std::string given = arguments.join(QLatin1Char(' ')).toStdString();
+    EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::Error) << given;
+    EXPECT_TRUE(parsed.text.contains(words)) << given << " gave: " << parsed.text.toStdString();
+    EXPECT_FALSE(parsed.text.contains(QLatin1Char('\n'))) << given;
+}
+
+} // namespace
+
+TEST(OptionsTest, NothingGivenRunsWithDefaults)
+{
+    const ParsedOptions parsed = parse({});
+    ASSERT_EQ(parsed.outcome, ParsedOptions::Outcome::Run);
+    EXPECT_TRUE(parsed.options.modelPath.isEmpty());
+    EXPECT_TRUE(parsed.options.outputPath.isEmpty());
+    EXPECT_EQ(parsed.options.size, QSize(1280, 720));
+    EXPECT_FALSE(parsed.options.azimuth.has_value());
+    EXPECT_FALSE(parsed.options.elevation.has_value());
+    EXPECT_EQ(parsed.options.samples, 0);
+    EXPECT_EQ(parsed.options.upAxis, UpAxis::Y);
+    EXPECT_EQ(parsed.options.drawIdCarrier, DrawIdCarrier::Automatic);
+    EXPECT_FALSE(parsed.options.builtIn);
+    EXPECT_FALSE(parsed.options.window);
+    EXPECT_EQ(parsed.options.frames, 0);
+}
+
+TEST(OptionsTest, EveryOptionReachesItsField)
+{
+    const ParsedOptions parsed =
+        parse({"a.obj", "--output", "b.png", "--size", "64x48", "--azimuth", "-30.5", "--elevation=12", "--samples",
+               "8", "--up", "z", "--draw-id", "uniform", "--window", "--frames", "5"});
+    ASSERT_EQ(parsed.outcome, ParsedOptions::Outcome::Run) << parsed.text.toStdString();
+    EXPECT_EQ(parsed.options.modelPath, QStringLiteral("a.obj"));
+    EXPECT_EQ(parsed.options.outputPath, QStringLiteral("b.png"));
+    EXPECT_EQ(parsed.options.size, QSize(64, 48));
+    EXPECT_EQ(parsed.options.azimuth, -30.5f);
+    EXPECT_EQ(parsed.options.elevation, 12.0f);
+    EXPECT_EQ(parsed.options.samples, 8);
+    EXPECT_EQ(parsed.options.upAxis, UpAxis::Z);
+    EXPECT_EQ(parsed.options.drawIdCarrier, DrawIdCarrier::Uniform);
+    EXPECT_TRUE(parsed.options.window);
+    EXPECT_EQ(parsed.options.frames, 5);
+}
+
+TEST(OptionsTest, BuiltInIsTaken)
+{
+    EXPECT_TRUE(parse({"--builtin"}).options.builtIn);
+}
+
+TEST(OptionsTest, EveryDrawIdWordHasItsValue)
+{
+    EXPECT_EQ(parse({"--draw-id", "auto"}).options.drawIdCarrier, DrawIdCarrier::Automatic);
+    EXPECT_EQ(parse({"--draw-id", "uniform"}).options.drawIdCarrier, DrawIdCarrier::Uniform);
+    EXPECT_EQ(parse({"--draw-id", "base-instance"}).options.drawIdCarrier, DrawIdCarrier::BaseInstance);
+}
+
+TEST(OptionsTest, VersionIsShownAsText)
+{
+    for (const char* option : {"--version", "-v"})
+    {
+        const ParsedOptions parsed = parse({option});
+        EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
+        EXPECT_EQ(parsed.text, QStringLiteral("vrkview 1.2.3\n"));
+    }
+}
+
+TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
+{
+    const ParsedOptions parsed = parse({"--help"});
+    EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
+    for (const char* option : {"--output", "--size", "--window", "--builtin", "--azimuth", "--elevation", "--up",
+                               "--samples", "--draw-id", "--help", "--version"})
+        EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
+    EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
+}
+
+TEST(OptionsTest, SizesThatAreNoSizeAreRejected)
+{
+    for (const char* size : {"", "x", "0x0", "0x10", "10x0", "-1x5", "10", "10x", "x10", "10x10x10", "10X10", " 10x10",
+                             "1e3x10", "10.5x10", "99999999x1", "2000000x1", "+5x5"})
+        expectError({"--size", size}, QStringLiteral("WIDTHxHEIGHT"));
+}
+
+TEST(OptionsTest, AnglesThatAreNoNumberInRangeAreRejected)
+{
+    for (const char* angle : {"", "nan", "inf", "-inf", "abc", "1,5", "90.1", "-91", "1e30"})
+        expectError({"--elevation", angle}, QStringLiteral("a number from -90 to 90"));
+    expectError({"--azimuth", "4000"}, QStringLiteral("a number from -3600 to 3600"));
+}
+
+TEST(OptionsTest, CountsThatAreNoWholeNumberInRangeAreRejected)
+{
+    for (const char* count : {"", "0", "-1", "65", "4.5", "four", "99999999999"})
+        expectError({"--samples", count}, QStringLiteral("a whole number from 1 to 64"));
+}
+
+TEST(OptionsTest, UnknownWordsAreRejectedWithTheListOfKnownOnes)
+{
+    expectError({"--draw-id", "magic"}, QStringLiteral("one of auto, uniform, base-instance"));
+    expectError({"--up", "Y"}, QStringLiteral("one of y, z"));
+}
+
+TEST(OptionsTest, WhatDoesNotFitTogetherIsRejected)
+{
+    expectError({"a.obj", "b.obj"}, QStringLiteral("more than one model"));
+    expectError({"a.obj", "--builtin"}, QStringLiteral("exclude each other"));
+    expectError({"--frames", "3"}, QStringLiteral("--window"));
+    expectError({""}, QStringLiteral("empty"));
+    expectError({"--output", ""}, QStringLiteral("a file name"));
+}
+
+TEST(OptionsTest, UnknownOptionsAndMissingValuesAreRejected)
+{
+    expectError({"--frobnicate"}, QStringLiteral("frobnicate"));
+    expectError({"--output"}, QStringLiteral("--output"));
+    expectError({"--window=yes"}, QStringLiteral("--window"));
+}
