@@ -230,15 +230,33 @@ UniformBufferObject::ContextRecords& UniformBufferObject::contextRecords(BlockKi
     return records[static_cast<size_t>(kind)];
 }
 
+UniformBufferObject::LastRecords& UniformBufferObject::lastRecords()
+{
+    static thread_local LastRecords last = {};
+    return last;
+}
+
 UBOContextData& UniformBufferObject::contextData(BlockKind kind)
 {
     void* const context = GLContextTracker::currentContext();
-    // Guards the finding and making alone. The record does not move, and belongs to the thread of its context.
+    LastRecords& last = lastRecords();
+    if (last.context != context)
+        last = {context, {}};
+    UBOContextData*& record = last.records[static_cast<size_t>(kind)];
+    if (!record)
+        record = findOrMakeRecord(kind, context);
+    return *record;
+}
+
+UBOContextData* UniformBufferObject::findOrMakeRecord(BlockKind kind, void* context)
+{
+    // Guards the finding and making alone. A record stays where it is, is never removed, and belongs to the thread of
+    // its context.
     const QMutexLocker lock(&recordsMutex);
     QSharedPointer<UBOContextData>& record = contextRecords(kind)[context];
     if (!record)
         record = newContextData(kBlockKinds[static_cast<size_t>(kind)]);
-    return *record;
+    return record.data();
 }
 
 } // namespace Harrow::Vrk

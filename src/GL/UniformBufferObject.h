@@ -86,13 +86,22 @@ private:
 
     using ContextRecords = QHash<void*, QSharedPointer<UBOContextData>>;
 
+    /// What a thread has used last, so that its binds take no lock while it stays in one context.
+    struct LastRecords
+    {
+        void* context;
+        UBOContextData* records[2];
+    };
+
     UniformBufferObject(const QString& blockName, QSharedPointer<BufferObject> buffer, QObject* parent);
 
     UBOContextData& bufferContextData() const;
 
     static int maxUniformBlockBindings();
     static ContextRecords& contextRecords(BlockKind kind);
+    static LastRecords& lastRecords();
     static UBOContextData& contextData(BlockKind kind);
+    static UBOContextData* findOrMakeRecord(BlockKind kind, void* context);
     static void flushBatch(UBOContextData& uboContextData);
 
     QSharedPointer<BufferObject> _bufferObject;

@@ -63,6 +63,7 @@ struct UniformBufferObjectTestAccess
     {
         UniformBufferObject::contextRecords(UniformBufferObject::BlockKind::eUniform).clear();
         UniformBufferObject::contextRecords(UniformBufferObject::BlockKind::eStorage).clear();
+        UniformBufferObject::lastRecords() = {};
     }
 };
 
