@@ -3,7 +3,10 @@
 // settings of the logging switch, which a process reads only once.
 #include "Diagnostics.h"
 #include "GLUtilities.h"
+#include "ShaderProgram.h"
 #include "support/FakeDriver.h"
+
+#include <QVariant>
 
 #include <cstdio>
 
@@ -23,6 +26,28 @@ bool returning()
 {
     VRK_ASSERT_RETURN(false, false, "returning %d", evaluated());
     return true;
+}
+
+/// Reports of the shader pipeline: builds that fail and a file that is missing, which are always said, and what obeys
+/// the switch.
+void reportShaders(FakeDriver& driver)
+{
+    driver.refuse("glBindFragDataLocationIndexed");
+    driver.replace(
+        "glGetShaderiv", +[](GLuint, GLenum, GLint* value) { *value = 0; });
+    driver.replace(
+        "glGetProgramiv", +[](GLuint, GLenum, GLint* value) { *value = 0; });
+    driver.load();
+    Harrow::Vrk::ShaderProgram program;
+    program.bind();
+    program.setUniform(0, QVariant(QString()));
+    program.setUniformBlockBinding(3, 0);
+    program.setFragDataLocations({QStringLiteral("o_Color")});
+    program.setFragDataIndexs({{QStringLiteral("o_Color")}});
+    program.link();
+    program.addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("no/such.vert"));
+    program.addShader(GL_VERTEX_SHADER, QStringLiteral("text"));
+    program.compile();
 }
 
 void print(QtMsgType, const QMessageLogContext&, const QString& text)
@@ -48,6 +73,7 @@ int main()
     bytesFromInternalFormat(1);
     driver.refuse("glNoSuchFunction");
     getGLProcAddress("glNoSuchFunction", false);
+    reportShaders(driver);
     std::printf("evaluated %d\n", evaluations);
     std::printf("switch %d\n", isLoggingEnabled() ? 1 : 0);
     std::fflush(stdout);

@@ -14,6 +14,10 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
 using namespace Harrow::Vrk;
 using namespace Harrow::Vrk::Test;
 
@@ -65,6 +69,30 @@ TEST(ShaderFile, DirectoryAmongTheEmbeddedFilesDoesNotOpen)
     EXPECT_EQ(readShaderFile({QStringLiteral(":/GLSL")}, QStringLiteral("src")), std::nullopt);
     EXPECT_EQ(readShaderFile(shaderFileDirectories(), QString()), std::nullopt);
 }
+
+#ifdef Q_OS_UNIX
+TEST(ShaderFile, PipesAndDevicesDoNotCount)
+{
+    const QTemporaryDir directory;
+    const QString pipe = directory.filePath(QStringLiteral("pipe.vert"));
+    ASSERT_EQ(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+    EXPECT_EQ(readShaderFile({directory.path()}, QStringLiteral("pipe.vert")), std::nullopt); // nobody writes to it
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/zero"), directory.filePath(QStringLiteral("endless.vert"))));
+    EXPECT_EQ(readShaderFile({directory.path()}, QStringLiteral("endless.vert")), std::nullopt);
+    EXPECT_EQ(readShaderFile({QStringLiteral("/dev")}, QStringLiteral("zero")), std::nullopt);
+}
+
+TEST(ShaderFile, LinkToAFileCounts)
+{
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("real.vert")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("text");
+    file.close();
+    ASSERT_TRUE(file.link(directory.filePath(QStringLiteral("link.vert"))));
+    EXPECT_EQ(readShaderFile({directory.path()}, QStringLiteral("link.vert")), QStringLiteral("text"));
+}
+#endif
 
 TEST_F(ShaderProgramFile, AddShaderFromFileTakesAbsolutePathsAndExpandsTheText)
 {

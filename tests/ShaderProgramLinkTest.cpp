@@ -133,6 +133,18 @@ TEST_F(ShaderProgramWait, DriverThatWritesNothingCountsAsFinished)
     EXPECT_EQ(calls.list().size(), 1);
 }
 
+TEST_F(ShaderProgramWait, WithoutAProgramItIsTrueAtOnce)
+{
+    script.completion = 0;
+    ShaderProgram program(nullptr);
+    const CallLog calls;
+    const LogCapture log;
+    EXPECT_TRUE(program.linkPreWait());
+    ASSERT_EQ(calls.list().size(), 1);
+    EXPECT_TRUE(calls.list()[0].startsWith(QLatin1String("glGetProgramiv(0, 0x91b1, ")));
+    EXPECT_TRUE(log.lines().isEmpty());
+}
+
 TEST_F(ShaderProgramWait, WaitsUntilTheDriverIsDone)
 {
     script.completion = 0;
@@ -237,6 +249,57 @@ TEST_F(ShaderProgramLink, LinkFailureReportsTheLogAndWhatTheDriverHolds)
     EXPECT_EQ(calls.list().last(), CallLog::call("glDeleteProgram", 1));
     EXPECT_EQ(program.log(), text("nothing fits\n"));
     EXPECT_EQ(program.shaderProgramID(), 0u);
+}
+
+TEST_F(ShaderProgramLink, LinkFailureListsEachStage)
+{
+    script.linkStatus = 0;
+    script.programLog = "why";
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("one\ntwo"));
+    program.addShader(GL_FRAGMENT_SHADER, text("three"));
+    const auto stages = Access::shaders(program).values();
+    ASSERT_TRUE(program.linkPre());
+    const LogCapture log;
+    EXPECT_FALSE(program.linkPost());
+    QStringList expected = {"Failed to link GL shader", " =======Log=========", "why", "Program 1"};
+    for (const Shader* const shader : stages)
+    {
+        const bool vertex = shader->shaderType() == GL_VERTEX_SHADER;
+        expected += (vertex ? text("Shader 0x8b31 ") : text("Shader 0x8b30 ")) + QString::number(shader->shaderID());
+        expected += vertex ? QStringList({"   1 : one", "   2 : two"}) : QStringList({"   1 : three"});
+    }
+    expected += QString();
+    EXPECT_EQ(log.texts(QtWarningMsg), expected);
+    EXPECT_EQ(log.lines().size(), expected.size());
+    EXPECT_EQ(stages[0]->shaderID() + stages[1]->shaderID(), 3u);
+}
+
+TEST_F(ShaderProgramLink, FailedLinkKeepsTheSourcesOfTheStages)
+{
+    script.linkStatus = 0;
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("a"));
+    program.addShader(GL_FRAGMENT_SHADER, text("b"));
+    const LogCapture quiet;
+    ASSERT_FALSE(program.link());
+    EXPECT_EQ(Access::shaders(program).value(GL_VERTEX_SHADER)->sourceCode(), text("a"));
+    EXPECT_EQ(Access::shaders(program).value(GL_FRAGMENT_SHADER)->sourceCode(), text("b"));
+}
+
+TEST_F(ShaderProgramLink, LinkPostWithoutAProgramFailsLikeALinkWithAnEmptyLog)
+{
+    ShaderProgram program(nullptr);
+    const CallLog calls;
+    const LogCapture log;
+    EXPECT_FALSE(program.linkPost());
+    EXPECT_EQ(functionNames(calls.list()),
+              QStringList({"glGetProgramiv", "glGetProgramiv", "glGetProgramInfoLog", "glDeleteProgram"}));
+    EXPECT_EQ(calls.list().last(), CallLog::call("glDeleteProgram", 0)); // which OpenGL passes over
+    EXPECT_EQ(log.texts(QtWarningMsg),
+              QStringList({"Failed to link GL shader", " =======Log=========", "", "Program 0", ""}));
+    EXPECT_TRUE(program.log().isEmpty());
+    EXPECT_FALSE(program.isLinked());
 }
 
 TEST_F(ShaderProgramLink, LinkIsLinkPreAndLinkPostThroughTheVirtualSlots)

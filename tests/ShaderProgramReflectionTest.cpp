@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ShaderProgram.h"
 
-#include "GLUtilities.h"
 #include "ShaderTestTools.h"
 #include "support/CallLog.h"
-#include "support/GLTest.h"
 #include "support/LogCapture.h"
 #include "support/TestAccess.h"
 
@@ -38,22 +36,6 @@ protected:
     }
 };
 
-class ShaderProgramReflectionGL : public GLTest
-{
-protected:
-    static void build(ShaderProgram& program, const QString& vertex, const QString& fragment)
-    {
-        program.addShader(GL_VERTEX_SHADER, vertex);
-        program.addShader(GL_FRAGMENT_SHADER, fragment);
-        ASSERT_TRUE(program.link()) << program.log().toStdString();
-    }
-
-    static QString plainFragment()
-    {
-        return QStringLiteral("#version 150\nout vec4 o_Color;\nvoid main() { o_Color = vec4(1.0); }\n");
-    }
-};
-
 } // namespace
 
 // ---- uniform locations ---------------------------------------------------------------------------------------------
@@ -73,6 +55,17 @@ TEST_F(ShaderProgramReflection, LocationIsAskedForOnceAlsoWhenTheProgramLacksThe
     }
     EXPECT_EQ(calls.list(), QStringList({CallLog::call("glGetUniformLocation", 1, "u_A"),
                                          CallLog::call("glGetUniformLocation", 1, "u_None")}));
+}
+
+TEST_F(ShaderProgramReflection, UniformNamesGoOverInTheLocalEncoding)
+{
+    const QString name = text("u_\xC3\xA9\xE2\x82\xAC");
+    ASSERT_NE(name.toLocal8Bit(), name.toLatin1());
+    driver.setUniformLocation(name.toLocal8Bit(), 6);
+    driver.setUniformLocation(name.toLatin1(), 7);
+    ReflectedProgram program;
+    link(program);
+    EXPECT_EQ(program.getUniformLocation(name), 6);
 }
 
 TEST_F(ShaderProgramReflection, LocationZeroIsAUniform)
@@ -170,6 +163,36 @@ TEST_F(ShaderProgramReflection, AttributeThatTheDriverDoesNotWriteHasNoName)
     ReflectedProgram program;
     link(program);
     EXPECT_EQ(program.getVertexAttributeNames(), QStringList({QString()}));
+}
+
+TEST_F(ShaderProgramReflection, NameThatTheDriverDoesNotEndHasNothingOfTheOneBefore)
+{
+    driver.replace(
+        "glGetActiveAttrib",
+        +[](GLuint, GLuint index, GLsizei, GLsizei*, GLint*, GLenum*, GLchar* name)
+        {
+            const QByteArray& written = ShaderScript::current().attributes[index].name;
+            std::copy(written.cbegin(), written.cend(), name);
+        });
+    ASSERT_EQ(driver.load(), 1);
+    script.attributes = {{"va_Vertex", 4}, {"va_B", 5}};
+    ReflectedProgram program;
+    link(program);
+    EXPECT_EQ(program.getVertexAttributeNameLocationMap(),
+              (QHash<QString, int>{{text("va_Vertex"), 4}, {text("va_B"), 5}}));
+}
+
+TEST_F(ShaderProgramReflection, NamesComeBackInTheLocalEncoding)
+{
+    const QString name = text("v_\xC3\xA9\xE2\x82\xAC");
+    script.attributes = {{name.toLocal8Bit(), 4}};
+    script.uniformBlocks = {name.toLocal8Bit()};
+    script.storageBlocks = {name.toLocal8Bit()};
+    ReflectedProgram program;
+    link(program);
+    EXPECT_EQ(program.getVertexAttributeLocation(name), 4);
+    EXPECT_EQ(program.getUniformBlockIndex(name), 0);
+    EXPECT_EQ(program.getStorageBlockIndex(name), 0);
 }
 
 TEST_F(ShaderProgramReflection, AttributeWithoutALocationIsSkipped)
@@ -486,127 +509,4 @@ TEST_F(ShaderProgramReflection, SummaryOfNoUniformsCountsNoSamplers)
     program.summaryUniforms();
     EXPECT_EQ(log.messages(),
               QStringList({QString::asprintf("%p", static_cast<const void*>(&program)) + text(" Texture Samplers 0")}));
-}
-
-// ---- on a real driver ----------------------------------------------------------------------------------------------
-
-TEST_F(ShaderProgramReflectionGL, AttributesOfARealProgram)
-{
-    ShaderProgram program(nullptr);
-    build(program,
-          QStringLiteral("#version 150\nin vec3 va_Vertex;\nin vec2 va_TexCoord;\nin float va_Unused;\n"
-                         "void main() { gl_Position = vec4(va_Vertex, va_TexCoord.x); }\n"),
-          plainFragment());
-    QStringList names = program.getVertexAttributeNames();
-    names.sort();
-    EXPECT_EQ(names, QStringList({"va_TexCoord", "va_Vertex"}));
-    for (const QString& name : names)
-        EXPECT_EQ(program.getVertexAttributeLocation(name),
-                  glGetAttribLocation(program.shaderProgramID(), name.toLatin1().constData()));
-}
-
-TEST_F(ShaderProgramReflectionGL, VertexAndInstanceNumbersAreAbsentWithoutAReport)
-{
-    ShaderProgram program(nullptr);
-    const LogCapture log;
-    build(program,
-          QStringLiteral("#version 150\nin vec3 va_Vertex;\n"
-                         "void main() { gl_Position = vec4(va_Vertex, float(gl_VertexID + gl_InstanceID)); }\n"),
-          plainFragment());
-    EXPECT_EQ(program.getVertexAttributeNames(), QStringList({"va_Vertex"}));
-    EXPECT_TRUE(log.lines().isEmpty()) << log.texts().join(u'\n').toStdString();
-}
-
-TEST_F(ShaderProgramReflectionGL, BaseInstanceIsToleratedWhereTheDriverHasIt)
-{
-    const bool offered = hasGLExtension("GL_ARB_shader_draw_parameters");
-    EXPECT_EQ(offered, !isFloor());
-    if (!offered)
-        return;
-    ShaderProgram program(nullptr);
-    const LogCapture log;
-    build(program,
-          QStringLiteral("#version 150\n#extension GL_ARB_shader_draw_parameters : require\nin vec3 va_Vertex;\n"
-                         "void main() { gl_Position = vec4(va_Vertex, float(gl_BaseInstanceARB)); }\n"),
-          plainFragment());
-    EXPECT_EQ(program.getVertexAttributeNames(), QStringList({"va_Vertex"}));
-    EXPECT_TRUE(log.lines().isEmpty()) << log.texts().join(u'\n').toStdString();
-}
-
-TEST_F(ShaderProgramReflectionGL, UniformsOfARealProgram)
-{
-    ShaderProgram program(nullptr);
-    build(program,
-          QStringLiteral("#version 150\nuniform uint u_DrawID;\nuniform vec4 u_Offset;\n"
-                         "void main() { gl_Position = u_Offset * float(u_DrawID); }\n"),
-          plainFragment());
-    EXPECT_GE(program.getUniformLocationNameID(), 0);
-    EXPECT_EQ(program.getUniformLocationNameID(), glGetUniformLocation(program.shaderProgramID(), "u_DrawID"));
-    EXPECT_EQ(program.getUniformLocation(QStringLiteral("u_Offset")),
-              glGetUniformLocation(program.shaderProgramID(), "u_Offset"));
-    EXPECT_EQ(program.getUniformLocation(QStringLiteral("u_None")), -1);
-}
-
-TEST_F(ShaderProgramReflectionGL, UniformBlockBindingsReachTheDriver)
-{
-    ShaderProgram program(nullptr);
-    build(program,
-          QStringLiteral("#version 150\nlayout(std140) uniform u_First { vec4 a; };\n"
-                         "layout(std140) uniform u_Second { vec4 b; };\nvoid main() { gl_Position = a + b; }\n"),
-          plainFragment());
-    const int first = program.getUniformBlockIndex(QStringLiteral("u_First"));
-    const int second = program.getUniformBlockIndex(QStringLiteral("u_Second"));
-    EXPECT_EQ(static_cast<GLuint>(first), glGetUniformBlockIndex(program.shaderProgramID(), "u_First"));
-    EXPECT_EQ(static_cast<GLuint>(second), glGetUniformBlockIndex(program.shaderProgramID(), "u_Second"));
-    ASSERT_GE(second, 0);
-    program.setUniformBlockBinding(static_cast<unsigned int>(second), 6);
-    GLint binding = -1;
-    glGetActiveUniformBlockiv(program.shaderProgramID(), static_cast<GLuint>(second), GL_UNIFORM_BLOCK_BINDING,
-                              &binding);
-    EXPECT_EQ(binding, 6);
-}
-
-TEST_F(ShaderProgramReflectionGL, StorageBlockBindingsReachTheDriverWhereItHasThem)
-{
-    if (isFloor())
-    {
-        ShaderProgram program(nullptr);
-        build(program, QStringLiteral("#version 150\nvoid main() { gl_Position = vec4(0.0); }\n"), plainFragment());
-        EXPECT_EQ(program.getStorageBlockIndex(QStringLiteral("u_Data")), -1);
-        EXPECT_EQ(shaderProgramEntryPoints().shaderStorageBlockBinding, nullptr);
-        return;
-    }
-    // A fragment shader: drivers may have no storage blocks in the vertex stage.
-    ShaderProgram program(nullptr);
-    build(program, QStringLiteral("#version 430\nvoid main() { gl_Position = vec4(0.0); }\n"),
-          QStringLiteral("#version 430\nlayout(std430) buffer u_Data { vec4 data[]; };\nout vec4 o_Color;\n"
-                         "void main() { o_Color = data[1]; }\n"));
-    const int index = program.getStorageBlockIndex(QStringLiteral("u_Data"));
-    ASSERT_EQ(index, 0);
-    EXPECT_EQ(shaderProgramEntryPoints().getProgramResourceIndex(program.shaderProgramID(), GL_SHADER_STORAGE_BLOCK,
-                                                                 "u_Data"),
-              0u);
-    program.setStorageBlockBinding(0, 3);
-    using GetResource = void (*)(GLuint, GLenum, GLuint, GLsizei, const GLenum*, GLsizei, GLsizei*, GLint*);
-    const auto getResource = reinterpret_cast<GetResource>(getGLProcAddress("glGetProgramResourceiv", false));
-    ASSERT_NE(getResource, nullptr);
-    const GLenum property = 0x9302; // GL_BUFFER_BINDING
-    GLint binding = -1;
-    getResource(program.shaderProgramID(), GL_SHADER_STORAGE_BLOCK, 0, 1, &property, 1, nullptr, &binding);
-    EXPECT_EQ(binding, 3);
-}
-
-TEST_F(ShaderProgramReflectionGL, SummaryOfARealProgram)
-{
-    ReflectedProgram program;
-    build(program, QStringLiteral("#version 150\nvoid main() { gl_Position = vec4(0.0); }\n"),
-          QStringLiteral("#version 150\nuniform sampler2D u_A;\nuniform sampler2D u_B[3];\nuniform vec2 u_At;\n"
-                         "out vec4 o_Color;\nvoid main()\n"
-                         "{ o_Color = texture(u_A, u_At) + texture(u_B[0], u_At) + texture(u_B[2], u_At); }\n"));
-    const LogCapture log;
-    program.summaryUniforms();
-    const QString place = QString::asprintf("%p", static_cast<const void*>(&program));
-    EXPECT_EQ(log.messages(QtDebugMsg),
-              QStringList({place + QStringLiteral(" Type 0x8B50 : 1"), place + QStringLiteral(" Type 0x8B5E : 4"),
-                           place + QStringLiteral(" Texture Samplers 4")}));
 }

@@ -58,7 +58,9 @@ TEST_F(ShaderProgramBuild, BinaryFunctionsAreLookedUpOnceWithTheirExtension)
     driver.setExtensions({"GL_ARB_get_program_binary", "GL_OES_get_program_binary"});
     driver.setVersion(3, 2);
     driver.procLookups.clear();
+    const LogCapture log;
     const ShaderProgram first(nullptr);
+    EXPECT_TRUE(log.lines().isEmpty());
     EXPECT_EQ(driver.procLookups, QList<QByteArray>({"glGetProgramBinary", "glProgramBinary", "glProgramParameteri"}));
     EXPECT_TRUE(first.isProgramBinariesSupported());
     const ShaderProgram second(nullptr);
@@ -70,7 +72,9 @@ TEST_F(ShaderProgramBuild, BinaryFunctionsOfTheOtherExtensionLeaveBinariesUnsupp
     driver.setExtensions({"GL_OES_get_program_binary"});
     driver.setVersion(3, 2);
     driver.procLookups.clear();
+    const LogCapture log;
     const ShaderProgram program(nullptr);
+    EXPECT_TRUE(log.lines().isEmpty());
     EXPECT_EQ(driver.procLookups, QList<QByteArray>({"glGetProgramBinaryOES", "glProgramBinaryOES"}));
     EXPECT_FALSE(program.isProgramBinariesSupported());
 }
@@ -78,6 +82,11 @@ TEST_F(ShaderProgramBuild, BinaryFunctionsOfTheOtherExtensionLeaveBinariesUnsupp
 TEST_F(ShaderProgramBuild, NothingIsLookedUpWithoutAnExtensionOnTheFloor)
 {
     driver.setVersion(3, 2);
+    for (const char* const name :
+         {"glGetProgramBinary", "glProgramBinary", "glProgramParameteri", "glGetProgramBinaryOES", "glProgramBinaryOES",
+          "glGetProgramInterfaceiv", "glGetProgramResourceName", "glGetProgramResourceIndex",
+          "glShaderStorageBlockBinding"})
+        driver.refuse(name);
     driver.procLookups.clear();
     const LogCapture log;
     const ShaderProgram program(nullptr);
@@ -99,8 +108,10 @@ TEST_F(ShaderProgramBuild, StorageBlockFunctionsComeWithVersion43OrWithTheExtens
 
     driver.setVersion(4, 3);
     {
+        const LogCapture log;
         const ShaderProgram program(nullptr);
         const ShaderProgram another(nullptr);
+        EXPECT_TRUE(log.lines().isEmpty());
     }
     EXPECT_EQ(driver.procLookups, expected);
 
@@ -117,7 +128,7 @@ TEST_F(ShaderProgramBuild, StorageBlockFunctionsComeWithVersion43OrWithTheExtens
     GLRuntimeTestAccess::forgetExtensionsOf(&context);
 }
 
-TEST_F(ShaderProgramBuild, MissingBinaryFunctionIsSilentAndMeansUnsupported)
+TEST_F(ShaderProgramBuild, MissingBinaryFunctionIsNamedOnceAndMeansUnsupported)
 {
     for (const char* const missing : {"glGetProgramBinary", "glProgramBinary", "glProgramParameteri"})
     {
@@ -127,6 +138,7 @@ TEST_F(ShaderProgramBuild, MissingBinaryFunctionIsSilentAndMeansUnsupported)
         const LogCapture log;
         ShaderProgram program(nullptr);
         EXPECT_FALSE(program.isProgramBinariesSupported()) << missing;
+        EXPECT_EQ(log.messages(QtDebugMsg), QStringList({text("Failed to obtain '%1'").arg(text(missing))}));
         QByteArray data("kept");
         unsigned int format = 7;
         const CallLog calls;
@@ -135,9 +147,47 @@ TEST_F(ShaderProgramBuild, MissingBinaryFunctionIsSilentAndMeansUnsupported)
         EXPECT_EQ(data, QByteArray("kept"));
         EXPECT_EQ(format, 7u);
         EXPECT_TRUE(calls.list().isEmpty());
-        EXPECT_TRUE(log.lines().isEmpty());
+        EXPECT_EQ(log.lines().size(), 1);
         driver.offer(missing);
     }
+}
+
+TEST_F(ShaderProgramBuild, MissingBinaryFunctionOfTheOtherExtensionIsNamed)
+{
+    driver.setExtensions({"GL_OES_get_program_binary"});
+    driver.setVersion(3, 2);
+    driver.refuse("glGetProgramBinaryOES");
+    driver.refuse("glProgramBinaryOES");
+    const LogCapture log;
+    const ShaderProgram program(nullptr);
+    EXPECT_EQ(log.messages(QtDebugMsg),
+              QStringList({"Failed to obtain 'glGetProgramBinaryOES'", "Failed to obtain 'glProgramBinaryOES'"}));
+    EXPECT_EQ(log.lines().size(), 2);
+}
+
+TEST_F(ShaderProgramBuild, MissingStorageBlockFunctionIsNamed)
+{
+    for (const char* const missing : {"glGetProgramInterfaceiv", "glGetProgramResourceName",
+                                      "glGetProgramResourceIndex", "glShaderStorageBlockBinding"})
+    {
+        Access::resetEntryPoints();
+        driver.refuse(missing);
+        const LogCapture log;
+        const ShaderProgram program(nullptr);
+        EXPECT_EQ(log.messages(QtDebugMsg), QStringList({text("Failed to obtain '%1'").arg(text(missing))}));
+        EXPECT_EQ(log.lines().size(), 1);
+        driver.offer(missing);
+    }
+}
+
+TEST_F(ShaderProgramBuild, NothingIsSaidWhereTheDriverHasAllThatItPromises)
+{
+    driver.setExtensions({"GL_ARB_get_program_binary", "GL_ARB_shader_storage_buffer_object"});
+    const LogCapture log;
+    const ShaderProgram program(nullptr);
+    EXPECT_TRUE(program.isProgramBinariesSupported());
+    EXPECT_NE(shaderProgramEntryPoints().shaderStorageBlockBinding, nullptr);
+    EXPECT_TRUE(log.lines().isEmpty());
 }
 
 // ---- stages --------------------------------------------------------------------------------------------------------
@@ -224,6 +274,41 @@ TEST_F(ShaderProgramBuild, DumpShaderSourcesNamesTypesAndNumbersFromZero)
     EXPECT_EQ(file.readAll(), QByteArray::number(GL_GEOMETRY_SHADER));
 }
 
+TEST_F(ShaderProgramBuild, DumpPatternMayHaveOnePlaceholderAloneOrNone)
+{
+    const QTemporaryDir directory;
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("vertex"));
+    program.addShader(GL_FRAGMENT_SHADER, text("fragment"));
+    const LogCapture log;
+    program.dumpShaderSources(directory.filePath(text("type-%1.txt")));
+    program.dumpShaderSources(directory.filePath(text("number-%2.txt")));
+    program.dumpShaderSources(directory.filePath(text("plain.txt")));
+    program.dumpShaderSources(directory.filePath(text("%2-%1-%2.txt")));
+    EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files, QDir::Name),
+              QStringList({"0-FS-0.txt", "0-VS-0.txt", "number-0.txt", "plain.txt", "type-FS.txt", "type-VS.txt"}));
+    EXPECT_TRUE(log.lines().isEmpty()) << log.texts().join(u'\n').toStdString();
+    QFile file(directory.filePath(text("type-FS.txt")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), QByteArray("fragment"));
+}
+
+TEST_F(ShaderProgramBuild, DumpNumbersFollowTheOrderOfTheHash)
+{
+    const QTemporaryDir directory;
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("a"));
+    program.addShader(GL_VERTEX_SHADER, text("b"));
+    program.dumpShaderSources(directory.filePath(text("%2")));
+    const auto stages = Access::shaders(program).values();
+    for (int i = 0; i < 2; ++i)
+    {
+        QFile file(directory.filePath(QString::number(i)));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(QString::fromUtf8(file.readAll()), stages[i]->sourceCode());
+    }
+}
+
 // ---- compile -------------------------------------------------------------------------------------------------------
 
 TEST_F(ShaderProgramBuild, CompileCompilesAllStages)
@@ -246,6 +331,22 @@ TEST_F(ShaderProgramBuild, CompileTakesTheLogOfTheFirstStageThatFails)
     const LogCapture quiet;
     EXPECT_FALSE(program.compile());
     EXPECT_EQ(program.log(), text("0:1: it is broken\n"));
+}
+
+TEST_F(ShaderProgramBuild, CompileTakesTheLogOfThatStageAmongSeveral)
+{
+    script.shaderLogs = {{"broken a", "log a"}, {"broken b", "log b"}, {"fine", "log of none"}};
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("broken a"));
+    program.addShader(GL_VERTEX_SHADER, text("fine"));
+    program.addShader(GL_VERTEX_SHADER, text("broken b"));
+    QStringList order;
+    for (const Shader* const shader : Access::shaders(program))
+        order.append(shader->sourceCode());
+    const bool aIsFirst = order.indexOf(text("broken a")) < order.indexOf(text("broken b"));
+    const LogCapture quiet;
+    EXPECT_FALSE(program.compile());
+    EXPECT_EQ(program.log(), aIsFirst ? text("log a") : text("log b"));
 }
 
 TEST_F(ShaderProgramBuild, CompileStopsAtTheFirstFailure)
@@ -287,6 +388,49 @@ TEST_F(ShaderProgramBuild, LinkPreCompilesAttachesAndStartsTheLink)
     EXPECT_TRUE(program.isLinked());
 }
 
+TEST_F(ShaderProgramBuild, LinkPreCompilesAndAttachesStageByStage)
+{
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("a"));
+    program.addShader(GL_FRAGMENT_SHADER, text("b"));
+    const auto stages = Access::shaders(program).values();
+    const CallLog calls;
+    EXPECT_TRUE(program.linkPre());
+    EXPECT_EQ(functionNames(calls.list()),
+              QStringList({"glCreateProgram", "glCreateShader", "glShaderSource", "glCompileShader", "glGetShaderiv",
+                           "glAttachShader", "glCreateShader", "glShaderSource", "glCompileShader", "glGetShaderiv",
+                           "glAttachShader", "glLinkProgram"}));
+    EXPECT_EQ(
+        calls.named({text("glCreateShader"), text("glAttachShader"), text("glLinkProgram")}),
+        QStringList({CallLog::call("glCreateShader", stages[0]->shaderType()), CallLog::call("glAttachShader", 1, 1),
+                     CallLog::call("glCreateShader", stages[1]->shaderType()), CallLog::call("glAttachShader", 1, 2),
+                     CallLog::call("glLinkProgram", 1)}));
+    EXPECT_EQ(stages[0]->shaderID(), 1u);
+    EXPECT_EQ(stages[1]->shaderID(), 2u);
+}
+
+TEST_F(ShaderProgramBuild, LinkPreDeletesTheProgramWhenALaterStageDoesNotCompile)
+{
+    ShaderProgram program(nullptr);
+    program.addShader(GL_VERTEX_SHADER, text("first text"));
+    program.addShader(GL_FRAGMENT_SHADER, text("second text"));
+    const auto stages = Access::shaders(program).values();
+    script.brokenMark = stages[1]->sourceCode().toLatin1();
+    const LogCapture quiet;
+    const CallLog calls;
+    EXPECT_FALSE(program.linkPre());
+    EXPECT_EQ(functionNames(calls.list()),
+              QStringList({"glCreateProgram", "glCreateShader", "glShaderSource", "glCompileShader", "glGetShaderiv",
+                           "glAttachShader", "glCreateShader", "glShaderSource", "glCompileShader", "glGetShaderiv",
+                           "glGetShaderiv", "glGetShaderInfoLog", "glDeleteShader", "glDeleteProgram"}));
+    EXPECT_EQ(calls.named({text("glAttachShader"), text("glDeleteShader"), text("glDeleteProgram")}),
+              QStringList({CallLog::call("glAttachShader", 1, 1), CallLog::call("glDeleteShader", 2),
+                           CallLog::call("glDeleteProgram", 1)}));
+    EXPECT_EQ(program.shaderProgramID(), 0u);
+    EXPECT_TRUE(stages[0]->isCompiled());
+    EXPECT_FALSE(stages[1]->isCompiled());
+}
+
 TEST_F(ShaderProgramBuild, LinkPreLeavesCompiledStagesAsTheyAre)
 {
     ShaderProgram program(nullptr);
@@ -312,150 +456,18 @@ TEST_F(ShaderProgramBuild, SecondLinkPreIsTrueAndCreatesNothing)
 TEST_F(ShaderProgramBuild, LinkWithAStageThatDoesNotCompileLeavesTheProgramsLog)
 {
     ShaderProgram program(nullptr);
-    program.addShader(GL_VERTEX_SHADER, text("broken"));
     const LogCapture quiet;
+    script.linkStatus = 0;
+    ASSERT_FALSE(program.link());
+    script.linkStatus = 1;
+    ASSERT_EQ(program.log(), text("nothing fits\n"));
+    program.addShader(GL_VERTEX_SHADER, text("broken"));
     const CallLog calls;
     EXPECT_FALSE(program.link());
     EXPECT_EQ(program.shaderProgramID(), 0u);
-    EXPECT_TRUE(program.log().isEmpty());
+    EXPECT_EQ(program.log(), text("nothing fits\n"));
     EXPECT_EQ(Access::shaders(program).value(GL_VERTEX_SHADER)->log(), text("0:1: it is broken\n"));
-    EXPECT_EQ(calls.list().last(), CallLog::call("glDeleteProgram", 1));
+    EXPECT_EQ(calls.list().last(), CallLog::call("glDeleteProgram", 2));
     EXPECT_EQ(calls.count(text("glAttachShader")), 0);
     EXPECT_EQ(calls.count(text("glLinkProgram")), 0);
-}
-
-// ---- fragment outputs ----------------------------------------------------------------------------------------------
-
-TEST_F(ShaderProgramBuild, FragDataLocationsAreBoundByColourNumber)
-{
-    ShaderProgram program(nullptr);
-    program.setFragDataLocations({text("first"), text("second")});
-    driver.procLookups.clear();
-    const CallLog calls;
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(
-        calls.list(),
-        QStringList({CallLog::call("glCreateProgram"), CallLog::call("glBindFragDataLocation", 1, 0, "first"),
-                     CallLog::call("glBindFragDataLocation", 1, 1, "second"), CallLog::call("glLinkProgram", 1)}));
-    EXPECT_TRUE(driver.procLookups.isEmpty());
-}
-
-TEST_F(ShaderProgramBuild, FragDataIndexesTakeThePlaceOfTheFirstLocation)
-{
-    ShaderProgram program(nullptr);
-    program.setFragDataLocations({text("first"), text("second")});
-    program.setFragDataIndexs({{text("source0"), text("source1")}});
-    const CallLog calls;
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(calls.list(),
-              QStringList(
-                  {CallLog::call("glCreateProgram"), CallLog::call("glBindFragDataLocationIndexed", 1, 0, 0, "source0"),
-                   CallLog::call("glBindFragDataLocationIndexed", 1, 0, 1, "source1"),
-                   CallLog::call("glBindFragDataLocation", 1, 1, "second"), CallLog::call("glLinkProgram", 1)}));
-}
-
-TEST_F(ShaderProgramBuild, FragDataIndexesBehindTheFirstListAreNotRead)
-{
-    ShaderProgram program(nullptr);
-    program.setFragDataLocations({text("first"), text("second")});
-    program.setFragDataIndexs({{text("source0")}, {text("never")}});
-    const CallLog calls;
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(calls.named({text("glBindFragDataLocationIndexed"), text("glBindFragDataLocation")}),
-              QStringList({CallLog::call("glBindFragDataLocationIndexed", 1, 0, 0, "source0"),
-                           CallLog::call("glBindFragDataLocation", 1, 1, "second")}));
-}
-
-TEST_F(ShaderProgramBuild, EmptyFirstListOfFragDataIndexesBindsNothingForColourZero)
-{
-    ShaderProgram program(nullptr);
-    program.setFragDataLocations({text("first")});
-    program.setFragDataIndexs({{}});
-    const CallLog calls;
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(calls.list(), QStringList({CallLog::call("glCreateProgram"), CallLog::call("glLinkProgram", 1)}));
-}
-
-TEST_F(ShaderProgramBuild, FragDataIndexesWithoutLocationsBindNothing)
-{
-    ShaderProgram program(nullptr);
-    program.setFragDataIndexs({{text("source0")}});
-    const CallLog calls;
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(calls.list(), QStringList({CallLog::call("glCreateProgram"), CallLog::call("glLinkProgram", 1)}));
-}
-
-TEST_F(ShaderProgramBuild, WithoutDualSourceTheLocationsAreBoundAndTheDebugTextIsGiven)
-{
-    driver.refuse("glBindFragDataLocationIndexed");
-    ShaderProgram program(nullptr);
-    program.setFragDataLocations({text("first"), text("second")});
-    program.setFragDataIndexs({{text("source0"), text("source1")}});
-    const CallLog calls;
-    const LogCapture log;
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(calls.named({text("glBindFragDataLocationIndexed"), text("glBindFragDataLocation")}),
-              QStringList({CallLog::call("glBindFragDataLocation", 1, 0, "first"),
-                           CallLog::call("glBindFragDataLocation", 1, 1, "second")}));
-    EXPECT_EQ(log.messages(QtDebugMsg),
-              QStringList({text("Trying to setup glBindFragDataLocationIndexed( 1, 0, , ). Func pointer is NULL, "
-                                "falling back to glBindFragDataLocation()\n")}));
-    EXPECT_EQ(log.lines().size(), 1);
-}
-
-TEST_F(ShaderProgramBuild, OutputNamesGoOverAsLatin1)
-{
-    static QByteArray given;
-    driver.replace(
-        "glBindFragDataLocation", +[](GLuint, GLuint, const GLchar* name) { given = name; });
-    ASSERT_EQ(driver.load(), 1);
-    ShaderProgram program(nullptr);
-    program.setFragDataLocations({text("\xC3\xA9")});
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_EQ(given, QByteArray("\xE9"));
-}
-
-TEST_F(ShaderProgramBuild, SettersHaveNoEffectOnAProgramAlreadyCreated)
-{
-    ShaderProgram program(nullptr);
-    ASSERT_TRUE(program.linkPre());
-    const CallLog calls;
-    program.setFragDataLocations({text("late")});
-    program.setFragDataIndexs({{text("late")}});
-    program.setTransformFeedbackVaryings({text("late")}, GL_INTERLEAVED_ATTRIBS);
-    ASSERT_TRUE(program.linkPre());
-    EXPECT_TRUE(calls.list().isEmpty());
-}
-
-// ---- transform feedback --------------------------------------------------------------------------------------------
-
-TEST_F(ShaderProgramBuild, VaryingsArePassedWithTheirBufferModeBeforeTheLink)
-{
-    for (const GLenum mode : {0x8C8Cu, 0x8C8Du}) // interleaved, separate
-    {
-        script.varyings.clear();
-        ShaderProgram program(nullptr);
-        program.setTransformFeedbackVaryings({text("vo_A"), text("vo_B")}, mode);
-        const CallLog calls;
-        ASSERT_TRUE(program.linkPre());
-        EXPECT_EQ(functionNames(calls.list()),
-                  QStringList({"glCreateProgram", "glTransformFeedbackVaryings", "glLinkProgram"}));
-        const QString call = calls.list()[1];
-        EXPECT_TRUE(
-            call.startsWith(QStringLiteral("glTransformFeedbackVaryings(%1, 2, ").arg(program.shaderProgramID())));
-        EXPECT_TRUE(call.endsWith(QStringLiteral(", 0x%1)").arg(mode, 0, 16)));
-        EXPECT_EQ(script.varyings, QList<QByteArray>({"vo_A", "vo_B"}));
-    }
-}
-
-TEST_F(ShaderProgramBuild, VaryingsAreNotPassedWhereTheDriverLacksTheFunction)
-{
-    driver.refuse("glTransformFeedbackVaryings");
-    ShaderProgram program(nullptr);
-    program.setTransformFeedbackVaryings({text("vo_A")}, GL_SEPARATE_ATTRIBS);
-    const CallLog calls;
-    const LogCapture log;
-    EXPECT_TRUE(program.linkPre());
-    EXPECT_EQ(functionNames(calls.list()), QStringList({"glCreateProgram", "glLinkProgram"}));
-    EXPECT_TRUE(log.lines().isEmpty());
 }

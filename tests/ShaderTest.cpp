@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <limits>
 #include <memory>
 
 using namespace Harrow::Vrk;
@@ -251,6 +252,25 @@ TEST_F(ShaderObject, LogLengthsThatTheDriverInventsStayInsideTheBuffer)
     const LogCapture quiet;
     EXPECT_FALSE(shader.compile());
     EXPECT_TRUE(shader.log().isEmpty());
+}
+
+TEST_F(ShaderObject, LargestLogLengthIsNotBelievedAndWhatWasWrittenIsRead)
+{
+    driver.replace(
+        "glGetShaderiv", +[](GLuint, GLenum parameter, GLint* value)
+                         { *value = parameter == GL_INFO_LOG_LENGTH ? std::numeric_limits<GLint>::max() : 0; });
+    driver.replace(
+        "glGetShaderInfoLog",
+        +[](GLuint, GLsizei size, GLsizei* length, GLchar* out)
+        {
+            EXPECT_EQ(size, 64 * 1024 * 1024);
+            writeText("short", size, length, out);
+        });
+    ASSERT_EQ(driver.load(), 1);
+    Shader shader(GL_VERTEX_SHADER, QStringLiteral("text"), nullptr);
+    const LogCapture quiet;
+    EXPECT_FALSE(shader.compile());
+    EXPECT_EQ(shader.log(), QStringLiteral("short"));
 }
 
 TEST_F(ShaderObject, ClearSourceEmptiesTheTextAndGivesItsMemoryBack)

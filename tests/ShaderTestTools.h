@@ -53,6 +53,7 @@ struct ShaderScript
     // Answers.
     QByteArray brokenMark = "broken"; ///< A source that holds this doesn't compile.
     QByteArray shaderLog = "0:1: it is broken\n";
+    QHash<QByteArray, QByteArray> shaderLogs; ///< By source, in the place of `shaderLog`.
     QByteArray programLog = "nothing fits\n";
     GLint linkStatus = 1;
     GLint binaryLength = 0;
@@ -69,6 +70,11 @@ struct ShaderScript
     QHash<GLuint, GLenum> types;
     QList<QByteArray> varyings;
     GLsizei longestNameAsked = 0;
+
+    QByteArray logOf(GLuint shader) const
+    {
+        return shaderLogs.value(sources.value(shader), shaderLog);
+    }
 
     static ShaderScript& current()
     {
@@ -133,15 +139,15 @@ private:
                 if (parameter == GL_COMPILE_STATUS)
                     *value = source.contains(s.brokenMark) ? 0 : 1;
                 else if (parameter == GL_INFO_LOG_LENGTH)
-                    *value = static_cast<GLint>(s.shaderLog.size()) + 1;
+                    *value = static_cast<GLint>(s.logOf(shader).size()) + 1;
                 else if (parameter == GL_SHADER_SOURCE_LENGTH)
                     *value = static_cast<GLint>(source.size()) + 1;
                 else if (parameter == GL_SHADER_TYPE)
                     *value = static_cast<GLint>(s.types.value(shader));
             });
         driver.replace(
-            "glGetShaderInfoLog", +[](GLuint, GLsizei size, GLsizei* length, GLchar* out)
-                                  { writeText(ShaderScript::current().shaderLog, size, length, out); });
+            "glGetShaderInfoLog", +[](GLuint shader, GLsizei size, GLsizei* length, GLchar* out)
+                                  { writeText(ShaderScript::current().logOf(shader), size, length, out); });
         driver.replace(
             "glGetShaderSource", +[](GLuint shader, GLsizei size, GLsizei* length, GLchar* out)
                                  { writeText(ShaderScript::current().sources.value(shader), size, length, out); });
@@ -151,8 +157,10 @@ private:
     {
         driver.replace(
             "glGetProgramiv",
-            +[](GLuint, GLenum parameter, GLint* value)
+            +[](GLuint program, GLenum parameter, GLint* value)
             {
+                if (program == 0)
+                    return; // an error of OpenGL's, which writes nothing
                 ShaderScript& s = ShaderScript::current();
                 if (parameter == GL_LINK_STATUS)
                     *value = s.linkStatus;
@@ -176,8 +184,12 @@ private:
                 }
             });
         driver.replace(
-            "glGetProgramInfoLog", +[](GLuint, GLsizei size, GLsizei* length, GLchar* out)
-                                   { writeText(ShaderScript::current().programLog, size, length, out); });
+            "glGetProgramInfoLog",
+            +[](GLuint program, GLsizei size, GLsizei* length, GLchar* out)
+            {
+                if (program != 0)
+                    writeText(ShaderScript::current().programLog, size, length, out);
+            });
         driver.replace(
             "glTransformFeedbackVaryings",
             +[](GLuint, GLsizei count, const GLchar* const* names, GLenum)

@@ -11,6 +11,10 @@ namespace Harrow::Vrk
 {
 
 /// Nothing here keeps `value` inside its bounds.
+///
+/// To set a uniform from one, pass its number: `program.setUniform("u_Gain", QVariant(gain.value))`. What
+/// `QVariant::fromValue(gain)` makes reports the meta-type name and not the alias, and only a variant that reports the
+/// alias counts as a ranged number there; any other is an unknown type, which sets nothing.
 template <typename T> struct RangedDataType
 {
     T value = T();

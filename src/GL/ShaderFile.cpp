@@ -24,8 +24,9 @@ std::optional<QString> readShaderFile(const QStringList& directories, const QStr
             continue;
         const QString candidate = directory.filePath(path);
         QFile file(candidate);
-        // A directory among the embedded files would open, as an empty file.
-        if (!QFileInfo(candidate).isDir() && file.open(QIODevice::ReadOnly))
+        // A directory among the embedded files would open, as an empty file. A pipe may wait for ever for its other end
+        // when it is opened already, and a device may have no end.
+        if (QFileInfo(candidate).isFile() && file.open(QIODevice::ReadOnly) && !file.isSequential())
             return QString::fromUtf8(file.readAll());
     }
     return std::nullopt;

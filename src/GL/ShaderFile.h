@@ -18,7 +18,7 @@ namespace Harrow::Vrk
 VRKGL_EXPORT QStringList shaderFileDirectories();
 
 /// The UTF-8 text of the file `path` in the first of the directories that exists and in which it opens; nothing when it
-/// opens in none. An absolute path counts for itself.
+/// opens in none. An absolute path counts for itself. Directories, pipes and devices don't count.
 VRKGL_EXPORT std::optional<QString> readShaderFile(const QStringList& directories, const QString& path);
 
 } // namespace Harrow::Vrk

@@ -111,7 +111,7 @@ bool ShaderProgram::linkPre()
     return true;
 }
 
-bool ShaderProgram::attachShaders() const
+bool ShaderProgram::attachShaders()
 {
     for (Shader* const shader : std::as_const(_shaders))
     {
@@ -122,13 +122,13 @@ bool ShaderProgram::attachShaders() const
     return true;
 }
 
-void ShaderProgram::bindFragDataLocations() const
+void ShaderProgram::bindFragDataLocations()
 {
     const bool dualSource = !_fragDataIndexs.isEmpty();
     auto& bindIndexed = shaderProgramEntryPoints().bindFragDataLocationIndexed;
     if (dualSource && !bindIndexed)
         bindIndexed = reinterpret_cast<PFN_glBindFragDataLocationIndexed>(
-            getGLProcAddress("glBindFragDataLocationIndexed", true));
+            getGLProcAddress("glBindFragDataLocationIndexed", false));
 
     for (qsizetype i = 0; i < _fragDataLocations.size(); ++i)
     {
@@ -148,14 +148,14 @@ void ShaderProgram::bindFragDataLocations() const
     }
 }
 
-void ShaderProgram::passTransformFeedbackVaryings() const
+void ShaderProgram::passTransformFeedbackVaryings()
 {
     if (_transformFeedbackVaryings.isEmpty())
         return;
     auto& passVaryings = shaderProgramEntryPoints().transformFeedbackVaryings;
     if (!passVaryings)
         passVaryings = reinterpret_cast<decltype(::_ptrc_glTransformFeedbackVaryings)>(
-            getGLProcAddress("glTransformFeedbackVaryings", true));
+            getGLProcAddress("glTransformFeedbackVaryings", false));
     if (!passVaryings)
         return;
 
@@ -374,8 +374,11 @@ void ShaderProgram::dumpShaderSources(const QString& pattern) const
     {
         const int type = shader->shaderType();
         const int number = counts[type]++;
-        shader->dumpSourceCode(
-            pattern.arg(shaderTypeAbbreviation(static_cast<unsigned int>(type)), QString::number(number)));
+        // By number and not by rank, so that a pattern may have one of the two alone.
+        QString path = pattern;
+        path.replace(QLatin1String("%1"), shaderTypeAbbreviation(static_cast<unsigned int>(type)));
+        path.replace(QLatin1String("%2"), QString::number(number));
+        shader->dumpSourceCode(path);
     }
 }
 

@@ -42,14 +42,17 @@ struct ShaderProgramTestAccess;
 ///
 /// Everything but `currentShaderProgram` and the plain setters and queries wants a current context, the one of the
 /// OpenGL program or one that shares with it, and that goes for the constructor too: it asks what the driver offers.
-/// Nothing throws. Texts about failed builds go to the Qt message log as warnings, whatever the logging switch says,
-/// and stay in `log`.
+/// Those answers are kept for the process, without a lock: the first program must be neither made nor linked on two
+/// threads at once. Nothing throws. Texts about failed builds go to the Qt message log as warnings, whatever the
+/// logging switch says, and stay in `log`.
 class VRKGL_EXPORT ShaderProgram : public QObject, public Bindable
 {
 public:
     /// `shaderProgramID` of a program that there is none of.
     static constexpr unsigned int kShaderProgramNotLinked = 0;
 
+    /// With logging on, names in the debug log each function that the driver promises and lacks: "Failed to obtain
+    /// '%s'".
     explicit ShaderProgram(QObject* parent = nullptr);
     /// Clears. A program that is bound may be deleted; no context names it as its current one afterwards.
     ~ShaderProgram() override;
@@ -62,8 +65,8 @@ public:
     /// Makes the OpenGL program, compiles what is not compiled, passes on the names of fragment outputs and feedback
     /// varyings, and starts the link without asking for its outcome. True at once, with nothing done, when there is an
     /// OpenGL program already. False when a stage doesn't compile: there is no OpenGL program then, and `log` is as it
-    /// was; the stage has the text. With logging on, says in the debug log when dual-source outputs were asked for and
-    /// the driver lacks them.
+    /// was; the stage has the text. With logging on, says in the debug log when dual-source outputs or feedback
+    /// varyings were asked for and the driver lacks their function.
     virtual bool linkPre();
 
     /// Waits until the driver has linked in the background, giving the processor away meanwhile, for at most five
@@ -94,7 +97,8 @@ public:
     /// allowed. A `dumpPath` that is not empty names a file that the expanded text is written to.
     void addShader(int type, const QString& source, const QString& dumpPath = QString());
     /// Adds the stage from a UTF-8 file: relative to the current directory, which lets an absolute path through, else
-    /// in "GLSL/src" of the installed resources, else in ":/GLSL/src". The first that opens counts. When none does, the
+    /// in "GLSL/src" of the installed resources, else in ":/GLSL/src". The first that opens counts; directories, pipes
+    /// and devices don't. When none does, the
     /// warning "Couldn't find shader source file '%s'" is given and no stage is added.
     void addShaderFromFile(int type, const QString& path);
 
@@ -112,24 +116,29 @@ public:
     /// `bufferMode` is `GL_INTERLEAVED_ATTRIBS` or `GL_SEPARATE_ATTRIBS`.
     void setTransformFeedbackVaryings(const QList<QString>& names, unsigned int bufferMode);
 
-    /// Expands the stages that are added from now on. Borrowed; null is allowed.
+    /// Expands the stages that are added from now on, and is used by `addShader` and `addShaderFromFile` alone.
+    /// Borrowed: it must live until the last stage is added or another one is set. Null is allowed.
     void setMacroProcessor(GLSLMacroProcessor* macroProcessor);
     GLSLMacroProcessor* getMacroProcessor();
 
     /// A key for stored binaries: 32 hexadecimal digits over the expanded texts, and so over defines and macros too,
     /// whatever the order of the stages. To be asked before the link, which drops the texts.
     QString constructShaderHash();
-    /// Takes the linked program out as the driver's own data. False, with nothing changed, when the driver has none or
-    /// doesn't know binaries.
+    /// Takes the linked program out as the driver's own data. False when the driver has none, hands none over or
+    /// doesn't know binaries: `data` and `format` are unchanged then. Where binaries are known the program gets
+    /// OpenGL's hint that its binary is wanted, also when the result is false.
     bool getProgramBinary(QByteArray& data, unsigned int& format) const;
-    /// Makes the OpenGL program from such data in place of a link; `clear` first when there is one already. False,
-    /// without any message and with no OpenGL program, when the driver rejects it, as it does after an update: build
-    /// from source then.
+    /// Makes the OpenGL program from such data in place of a link, and reads attributes and blocks anew. An OpenGL
+    /// program that exists is let go without being deleted: `clear` first. Stages and their sources stay. False,
+    /// without any message and with no OpenGL program, when the driver rejects the data, as it does after an update:
+    /// build from source then. What was read from a program before stays in that case. False with nothing changed when
+    /// the driver doesn't know binaries.
     bool loadProgramFromRawData(const QByteArray& data, unsigned int format);
     bool isProgramBinariesSupported() const;
 
     /// Writes the expanded text of each stage to a file: `%1` of the pattern becomes "VS", "FS", "GS", "TES", "TCS" or
-    /// nothing, `%2` a number that counts the stages of one type from 0.
+    /// nothing, `%2` a number that counts the stages of one type from 0, in the order in which the hash of stages holds
+    /// them and not that of their adding. A pattern that gives two stages one name keeps the last of them.
     void dumpShaderSources(const QString& pattern) const;
 
     /// Whether there is an OpenGL program, which is so from `linkPre` on, before the outcome of the link is known.
@@ -142,7 +151,7 @@ public:
     /// the program lacks: don't ask before the link.
     int getUniformLocation(const QString& name) const;
     bool hasUniform(const QString& name) const;
-    /// The location of "u_DrawID" without any look-up.
+    /// The location of "u_DrawID" without any look-up; -1 before the first link and when the program lacks it.
     int getUniformLocationNameID() const;
 
     /// The vertex attributes of the linked program that are not OpenGL's own. -1 for a name that is not among them.
@@ -172,7 +181,8 @@ public:
 
     /// \name Setting uniforms
     /// All set a uniform of the program that is bound in the current context, and don't bind. By name, and with a list
-    /// by location, false and no call when the location is negative; true otherwise.
+    /// by location, false and nothing is set when the location is negative; true otherwise. The first use of a name
+    /// asks the driver for its location.
     ///@{
     /// Sets an integer, a boolean or a sampler's unit. True whatever the location.
     bool setUniform(int location, int value);
@@ -186,9 +196,11 @@ public:
     bool setUniform(int location, const QList<unsigned int>& values, int tupleSize);
     /// Sets what the value holds: `bool`, `int`, `unsigned int`, `float`, `double`, `QColor` (red, green, blue, alpha
     /// from 0 to 1), `QVector2D` to `QVector4D`, `QMatrix4x4`, `QMatrix3x3`, `QMatrix4x2` (four columns of two rows),
-    /// `QMatrix2x2`, or a ranged number under the name of its alias. A `QImage` sets 0. Any other type sets nothing
-    /// and, with logging on, gives the critical text "VrkShaderProgram::setUniform is not implemented for type : %s".
-    /// Always true.
+    /// `QMatrix2x2`. A `QImage` sets 0. Any other type sets nothing and, with logging on, gives the critical text
+    /// "VrkShaderProgram::setUniform is not implemented for type : %s". Always true.
+    ///
+    /// A `RangedFloat` or `RangedDouble` counts only in a variant that reports the name of the alias. An ordinary
+    /// `QVariant::fromValue(ranged)` reports the meta-type name and is an unknown type here: pass `ranged.value`.
     bool setUniform(int location, const QVariant& value);
 
     bool setUniform(const QString& name, const QList<float>& values);
@@ -217,9 +229,9 @@ private:
 
     void preprocess();
     void dump() const;
-    bool attachShaders() const;
-    void bindFragDataLocations() const;
-    void passTransformFeedbackVaryings() const;
+    bool attachShaders();
+    void bindFragDataLocations();
+    void passTransformFeedbackVaryings();
     void cacheReflection();
     void deleteProgram();
 

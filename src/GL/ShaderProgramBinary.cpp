@@ -44,10 +44,10 @@ bool ShaderProgram::getProgramBinary(QByteArray& data, unsigned int& format) con
     gl.programParameteri(_programID, GL_PROGRAM_BINARY_RETRIEVABLE_HINT, 1);
     GLint length = 0;
     glGetProgramiv(_programID, GL_PROGRAM_BINARY_LENGTH, &length);
-    if (length < 1)
+    if (length < 1 || length > kLongestDriverAnswer)
         return false;
-    QByteArray binary(length, Qt::Uninitialized);
-    GLsizei written = length;
+    QByteArray binary(length, '\0');
+    GLsizei written = 0;
     GLenum binaryFormat = 0;
     gl.getProgramBinary(_programID, length, &written, &binaryFormat, binary.data());
     if (written < 1)

@@ -10,7 +10,7 @@ namespace
 
 template <typename Function> void lookUp(Function& function, const char* name)
 {
-    function = reinterpret_cast<Function>(getGLProcAddress(name, true));
+    function = reinterpret_cast<Function>(getGLProcAddress(name, false));
 }
 
 } // namespace

@@ -3,7 +3,8 @@
 
 /// \file
 /// The entry points of `ShaderProgram` outside the function table, and the two that are only used where the driver has
-/// them; null where it lacks them. Not installed; tests reset it.
+/// them; null where it lacks them. One that is asked for and missing is named in the debug log (guarded): the driver
+/// promised it with an extension or version. Not installed; tests reset it.
 
 #include "Export.h"
 #include "GLOptionalFunctions.h"

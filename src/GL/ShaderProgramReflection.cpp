@@ -10,7 +10,6 @@
 #include <QMap>
 
 #include <array>
-#include <cstring>
 #include <string_view>
 
 namespace Harrow::Vrk
@@ -28,7 +27,7 @@ public:
 
     GLchar* data()
     {
-        _characters[0] = '\0';
+        _characters.fill('\0');
         return _characters.data();
     }
 
@@ -44,7 +43,7 @@ public:
     }
 
 private:
-    std::array<GLchar, Size> _characters;
+    std::array<GLchar, Size> _characters = {};
 };
 
 bool isBuiltIn(std::string_view name)

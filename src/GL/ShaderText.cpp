@@ -15,8 +15,8 @@ QString readText(GLuint name, GetParameter getParameter, GLenum lengthParameter,
 {
     GLint length = 0;
     getParameter(name, lengthParameter, &length);
-    length = qMax(length, 0);
-    QByteArray text(length + 1, '\0');
+    length = qBound(0, length, kLongestDriverAnswer);
+    QByteArray text(qsizetype(length) + 1, '\0');
     GLsizei written = 0;
     getText(name, length, &written, text.data());
     // Sources go to the driver as Latin-1, and its texts quote them.
