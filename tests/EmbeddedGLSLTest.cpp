@@ -7,6 +7,7 @@
 #include "support/LogCapture.h"
 #include "support/TransformFeedback.h"
 
+#include "DrawBuffers.h"
 #include "GLFunctions.h"
 #include "GLOptionalFunctions.h"
 #include "GLSLMacroProcessor.h"
@@ -16,6 +17,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -446,6 +448,19 @@ TEST_F(EmbeddedGLSLGL, DrawIDIsTheUniform)
     EXPECT_EQ(results(1).value(0), 41.0f);
 }
 
+// What an application does: it asks, chooses, and has the processor set up.
+TEST_F(EmbeddedGLSLGL, BaseInstanceIsDefinedWhereItIsSupportedOnly)
+{
+    const bool supported = DrawBuffers::isBaseInstanceDrawingSupported();
+    EXPECT_FALSE(isFloor() && supported);
+    const auto restore = qScopeGuard([] { DrawBuffers::useBaseInstanceDrawing(false); });
+    DrawBuffers::useBaseInstanceDrawing(supported);
+    GLSLMacroProcessor processor;
+    DrawBuffers::setup(&processor);
+    EXPECT_EQ(GLSLMacroProcessor::process(QStringLiteral("#version 150"), &processor).toStdString(),
+              supported ? "#version 150\n#define DRAW_BUFFER_USE_BASE_INSTANCE 1\n" : "#version 150\n");
+}
+
 TEST_F(EmbeddedGLSLGL, DrawIDIsBaseInstancePlusInstance)
 {
     const auto draw = reinterpret_cast<PFN_glDrawArraysInstancedBaseInstance>(
@@ -453,8 +468,13 @@ TEST_F(EmbeddedGLSLGL, DrawIDIsBaseInstancePlusInstance)
                                                         : nullptr);
     if (nullptr == draw)
     {
-        // Then the library does not set the define either.
         EXPECT_TRUE(isFloor());
+        // Then the library does not set the define either, so that getDrawID is the one of the uniform.
+        EXPECT_FALSE(DrawBuffers::isBaseInstanceDrawingSupported());
+        GLSLMacroProcessor processor;
+        DrawBuffers::setup(&processor);
+        EXPECT_EQ(GLSLMacroProcessor::process(QStringLiteral("#version 150"), &processor).toStdString(),
+                  "#version 150\n");
         return;
     }
     ASSERT_NO_FATAL_FAILURE(link({puttingOut(QStringLiteral("vec4(getDrawID())")), expanded(kUtilities, kBaseInstance),
@@ -488,6 +508,44 @@ TEST_F(EmbeddedGLSLGL, BitCastsGiveBackWhatTheyTook)
     ASSERT_EQ(r.size(), 80);
     for (int i = 0; i < 20; ++i)
         EXPECT_NEAR(r[4 * i + 1] / r[4 * i], -1.0f, 2e-5f) << r[4 * i];
+}
+
+// Numbers of the form that the fallback has: sign * 2^31 + (127 + exponent) * 2^23 + mantissa * 2^22, the mantissa
+// between 1 and 2, so that 1 is not the 1065353216 of IEEE 754.
+TEST_F(EmbeddedGLSLGL, BitCastFallbackWritesAndReadsItsOwnForm)
+{
+    // A uniform keeps the compiler from working the numbers out.
+    const QString body = QStringLiteral("uniform float u_Value;\nout vec4 result;\nvoid main()\n{\n"
+                                        "    uint u = floatBitsToUint(u_Value);\n"
+                                        "    result = vec4(float(u >> 16u), float(u & 0xffffu), uintBitsToFloat(u),\n"
+                                        "                  uintBitsToFloat(uint(u_Value)));\n"
+                                        "    gl_Position = vec4(0.0);\n}\n");
+    ASSERT_NO_FATAL_FAILURE(link({unit(bitEncodingFallback() + body)}));
+    const GLint location = glGetUniformLocation(_program, "u_Value");
+    ASSERT_GE(location, 0);
+    const struct
+    {
+        float value;
+        double number;
+        float readBack;
+    } rows[] = {{1.0f, 1069547520.0, -1.0f},
+                {-1.0f, 3217031168.0, 1.0f},
+                {2.5f, 1078984704.0, -2.5f},
+                {-2.5f, 3226468352.0, 2.5f},
+                {0.375f, 1054867456.0, -0.375f}};
+    for (const auto& row : rows)
+    {
+        glUniform1f(location, row.value);
+        const QList<float> r = results(1);
+        ASSERT_EQ(r.size(), 4);
+        // Drivers take the powers and logarithms of two as they please.
+        const double number = double(r[0]) * 65536.0 + double(r[1]);
+        EXPECT_NEAR(number, row.number, 512.0) << row.value;
+        EXPECT_NEAR(r[2], row.readBack, 2e-4f) << row.value;
+    }
+    // Read by itself, from a number that the other function has no part in.
+    glUniform1f(location, 1069547520.0f);
+    EXPECT_NEAR(results(1).value(3), -1.0f, 1e-5f);
 }
 
 } // namespace Harrow::Vrk::Test

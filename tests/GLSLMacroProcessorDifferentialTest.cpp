@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -108,7 +109,7 @@ private:
         for (const QDir& directory : _held.directories)
         {
             QFile file(directory.filePath(name));
-            if (QFile::exists(file.fileName()) && file.open(QIODevice::ReadOnly))
+            if (QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly))
             {
                 output += process(QString::fromUtf8(file.readAll())) + u'\n';
                 return true;

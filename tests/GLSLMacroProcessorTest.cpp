@@ -1,107 +1,29 @@
 // SPDX-License-Identifier: MIT
 //
-// GLSLMacroProcessor: each directive and each message by itself, and the cut-off of texts that reach
-// themselves.
+// GLSLMacroProcessor: each directive and each message by itself, and the single steps.
 
-#include "support/LogCapture.h"
+#include "GLSLMacroProcessorTestTools.h"
 
 #include <VrkCore/ResourcesPath.h>
-#include <VrkGL/GLSLMacroProcessor.h>
 
-#include <QDir>
-#include <QFile>
-#include <QRegularExpression>
-#include <QTemporaryDir>
+#include <QFileInfo>
 
-#include <gtest/gtest.h>
-
-#include <string>
 #include <type_traits>
 
-namespace Harrow::Vrk
-{
-struct GLSLMacroProcessorTestAccess
-{
-    using Processor = GLSLMacroProcessor;
-
-    static QList<QDir> includeDirectories(const Processor& processor)
-    {
-        return processor._includeDirectories;
-    }
-    static QString processDefines(Processor* processor)
-    {
-        return Processor::processDefines(processor);
-    }
-    static QString include(QString line, const QString& pattern, Processor* processor)
-    {
-        QRegularExpression expression(pattern);
-        Processor::processLineInclude(line, expression, processor);
-        return line;
-    }
-    static QString macro(QString line, const QString& pattern, Processor* processor)
-    {
-        QRegularExpression expression(pattern);
-        Processor::processLineMacro(line, expression, processor);
-        return line;
-    }
-    static QString material(QString line, const QString& pattern, Processor* processor)
-    {
-        QRegularExpression expression(pattern);
-        Processor::processLineMaterial(line, expression, processor);
-        return line;
-    }
-};
-} // namespace Harrow::Vrk
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
 
 namespace Harrow::Vrk::Test
 {
 namespace
 {
-using Processor = Harrow::Vrk::GLSLMacroProcessor;
-using Access = GLSLMacroProcessorTestAccess;
 
 const QString kIncludePattern = QStringLiteral("^#include *\"([^\"]*)\"\\s*$");
 const QString kInstanceDataPattern = QStringLiteral("^#instancedata *\"([^\"]*)\"\\s*$");
 const QString kMacroPattern = QStringLiteral("^\\s*#macro\\s*([^\\s]*)\\s([^\\n\\r]*)\\s*$");
 
-std::string joined(const QStringList& lines)
-{
-    return lines.join(u'\n').toStdString();
-}
-
-/// A processor that also searches a folder of the test's own.
-class GLSLMacroProcessor : public testing::Test
-{
-protected:
-    GLSLMacroProcessor()
-    {
-        _processor.addIncludePath(_folder.path());
-    }
-
-    void write(const QString& name, const QByteArray& contents)
-    {
-        QFile file(_folder.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(contents), contents.size());
-    }
-
-    std::string expand(const QString& source)
-    {
-        return Processor::process(source, &_processor).toStdString();
-    }
-    static std::string expandWithNull(const QString& source)
-    {
-        return Processor::process(source, nullptr).toStdString();
-    }
-    std::string warnings() const
-    {
-        return joined(_log.texts(QtWarningMsg));
-    }
-
-    QTemporaryDir _folder;
-    Processor _processor;
-    LogCapture _log;
-};
+using GLSLMacroProcessor = GLSLMacroProcessorFixture;
 
 } // namespace
 
@@ -313,10 +235,22 @@ TEST_F(GLSLMacroProcessor, IncludeKeepsTheLineEndsOfTheFileAndReadsUtf8)
     EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), "a\r\n\xc3\xa4\r\n");
 }
 
-TEST_F(GLSLMacroProcessor, IncludeAndVersionInAnInactiveBranchAreExpanded)
+TEST_F(GLSLMacroProcessor, IncludeInAnInactiveBranchIsExpanded)
 {
     write(QStringLiteral("f"), "x");
     EXPECT_EQ(expand(QStringLiteral("#if 0\n#include \"f\"\n#endif")), "#if 0\nx\n\n#endif");
+}
+
+TEST_F(GLSLMacroProcessor, MacroInAnInactiveBranchIsExpanded)
+{
+    _processor.addMacro(QStringLiteral("M"), QStringLiteral("held"));
+    EXPECT_EQ(expand(QStringLiteral("#if 0\n#macro M d\n#macro N d\n#endif")), "#if 0\nheld\n\nd\n\n#endif");
+}
+
+TEST_F(GLSLMacroProcessor, VersionInAnInactiveBranchGetsTheDefines)
+{
+    _processor.addDefine(QStringLiteral("A"), QStringLiteral("1"));
+    EXPECT_EQ(expand(QStringLiteral("#if 0\n#version 150\n#endif")), "#if 0\n#version 150\n#define A 1\n\n#endif");
 }
 
 TEST_F(GLSLMacroProcessor, DirectivesAwayFromTheFirstColumnStay)
@@ -352,6 +286,41 @@ TEST_F(GLSLMacroProcessor, IncludeGoesOnToTheNextDirectoryWhenTheFirstHitDoesNot
     _processor.addIncludePath(other.path());
     EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), "x\n");
 }
+
+TEST_F(GLSLMacroProcessor, DirectoriesAreNoIncludeFiles)
+{
+    // One among the embedded files would open, and be empty.
+    EXPECT_EQ(expandWithNull(QStringLiteral("#include \".\"\n#include \"..\"\n#include \":/GLSL\"\n")), "\n\n\n");
+    EXPECT_EQ(expand(QStringLiteral("#include \"%1\"").arg(_folder.path())), "");
+    EXPECT_EQ(warnings(), "Failed to open include file '.'\nFailed to open include file '..'\n"
+                          "Failed to open include file ':/GLSL'\nFailed to open include file '" +
+                              _folder.path().toStdString() + "'");
+}
+
+#if !defined(_WIN32)
+
+TEST_F(GLSLMacroProcessor, DevicesAreNoIncludeFiles)
+{
+    ASSERT_TRUE(QFileInfo::exists(QStringLiteral("/dev/zero")));
+    EXPECT_EQ(expand(QStringLiteral("#include \"/dev/zero\"\n#include \"/dev/null\"")), "\n");
+    EXPECT_EQ(warnings(), "Failed to open include file '/dev/zero'\nFailed to open include file '/dev/null'");
+}
+
+TEST_F(GLSLMacroProcessor, PipesAreNoIncludeFilesAndTheNextDirectoryIsAsked)
+{
+    ASSERT_EQ(mkfifo(QFile::encodeName(_folder.filePath(QStringLiteral("f"))).constData(), 0600), 0);
+    EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), "");
+    EXPECT_EQ(warnings(), "Failed to open include file 'f'");
+    _log.clear();
+    QTemporaryDir other;
+    QFile file(other.filePath(QStringLiteral("f")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("x") == 1 && file.flush());
+    _processor.addIncludePath(other.path());
+    EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), "x\n");
+    EXPECT_EQ(_log.lines().size(), 0);
+}
+
+#endif
 
 TEST_F(GLSLMacroProcessor, IncludeTakesSubdirectoriesAndAbsoluteNames)
 {
@@ -428,69 +397,6 @@ TEST_F(GLSLMacroProcessor, LoneSurrogateKeepsItsLineFromMatchingAndNoOther)
     EXPECT_EQ(_log.lines().size(), 0);
 }
 
-// ---- Texts that reach themselves -------------------------------------------------------------------------
-
-TEST_F(GLSLMacroProcessor, FileThatIncludesItselfIsCutOffAfter256Levels)
-{
-    write(QStringLiteral("f"), "x\n#include \"f\"\ny");
-    const QString text = Processor::process(QStringLiteral("#include \"f\""), &_processor);
-    EXPECT_EQ(text.count(u'x'), 256);
-    EXPECT_EQ(text.count(u'y'), 256);
-    EXPECT_EQ(warnings(), "Expansion depth limit of 256 reached at '#include \"f\"'");
-    EXPECT_EQ(_log.lines().size(), 1);
-}
-
-TEST_F(GLSLMacroProcessor, FileThatIncludesItselfTwiceEndsAsSoon)
-{
-    write(QStringLiteral("f"), "#include \"f\"\nx\n#include \"f\"\n#include \"none\"\n#macro M m");
-    const QString text = Processor::process(QStringLiteral("#include \"f\"\n#include \"f\""), &_processor);
-    EXPECT_EQ(text.count(u'x'), 256);
-    EXPECT_EQ(text.count(u'm'), 0);
-    EXPECT_EQ(warnings(), "Expansion depth limit of 256 reached at '#include \"f\"'");
-}
-
-TEST_F(GLSLMacroProcessor, MacroThatNamesItselfIsCutOff)
-{
-    _processor.addMacro(QStringLiteral("X"), QStringLiteral("x\n  #macro X d\n#macro X d"));
-    const QString text = Processor::process(QStringLiteral("#macro X d\n#version 150\n"), &_processor);
-    EXPECT_EQ(text.count(u'x'), 256);
-    EXPECT_TRUE(text.endsWith(QStringLiteral("\n#version 150\n\n")));
-    EXPECT_EQ(warnings(), "Expansion depth limit of 256 reached at '  #macro X d'");
-}
-
-TEST_F(GLSLMacroProcessor, FilesThatReachEachOtherAreCutOff)
-{
-    _processor.addMacro(QStringLiteral("X"), QStringLiteral("#include \"b\""));
-    write(QStringLiteral("a"), "#macro X d");
-    write(QStringLiteral("b"), "x\n#include \"a\"");
-    const QString text = Processor::process(QStringLiteral("#include \"a\""), &_processor);
-    EXPECT_EQ(text.count(u'x'), 85);
-    EXPECT_EQ(_log.lines().size(), 1);
-}
-
-TEST_F(GLSLMacroProcessor, TwoHundredAndFiftySixLevelsAreExpandedWhole)
-{
-    QString source = QStringLiteral("end");
-    for (int level = 0; level < 256; ++level)
-        source.prepend(QStringLiteral("#macro X "));
-    EXPECT_EQ(expand(source), "end" + std::string(256, '\n'));
-    EXPECT_EQ(_log.lines().size(), 0);
-    EXPECT_EQ(expand(QStringLiteral("#macro Y ") + source), std::string(256, '\n'));
-    EXPECT_EQ(warnings(), "Expansion depth limit of 256 reached at '#macro X end'");
-}
-
-TEST_F(GLSLMacroProcessor, EachCallThatIsCutOffWarnsOnce)
-{
-    write(QStringLiteral("f"), "#include \"f\"");
-    const std::string first = expand(QStringLiteral("#include \"f\""));
-    EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), first);
-    EXPECT_EQ(_log.lines().size(), 2);
-    _log.clear();
-    write(QStringLiteral("f"), "x");
-    EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), "x\n");
-    EXPECT_EQ(_log.lines().size(), 0);
-}
-
 // ---- Single steps ----------------------------------------------------------------------------------------
 
 TEST_F(GLSLMacroProcessor, ProcessDefinesGivesAllDefines)
@@ -515,6 +421,23 @@ TEST_F(GLSLMacroProcessor, ProcessLineIncludeTakesTheWholeMatchForTheName)
     _log.clear();
     EXPECT_EQ(Access::include(QStringLiteral("#include \"\""), bareName, nullptr).toStdString(), "#include \"\"");
     EXPECT_EQ(warnings(), "Cannot extract include filename from '#include \"\"'");
+}
+
+TEST_F(GLSLMacroProcessor, ProcessLineIncludeWithoutAProcessorFindsTheStandardLibrary)
+{
+    const QString bareName = QStringLiteral("(?<=\")[^\"]+(?=\")");
+    const std::string text =
+        Access::include(QStringLiteral("#include \"VrkUtilities.glslh\""), bareName, nullptr).toStdString();
+    EXPECT_NE(text.find("uint getDrawID(void);"), std::string::npos) << text;
+    EXPECT_EQ(_log.lines().size(), 0);
+}
+
+TEST_F(GLSLMacroProcessor, ProcessLineIncludeTakesNoDirectory)
+{
+    const QString line = QStringLiteral("#include \".\"");
+    EXPECT_EQ(Access::include(line, QStringLiteral("(?<=\")[^\"]+(?=\")"), &_processor).toStdString(),
+              line.toStdString());
+    EXPECT_EQ(warnings(), "Failed to open include file '.'");
 }
 
 TEST_F(GLSLMacroProcessor, ProcessLineMacroLeavesTheDefaultUnexpanded)

@@ -151,16 +151,71 @@ TEST_F(ResourcesPathOfACopy, IsKeptFromTheFirstCallOn)
     dlclose(handle);
 }
 
+namespace
+{
+
+/// Enters a folder, and leaves it again at the end.
+class InFolder
+{
+public:
+    explicit InFolder(const QString& folder) : _before(QDir::currentPath())
+    {
+        EXPECT_TRUE(QDir::setCurrent(folder));
+    }
+    ~InFolder()
+    {
+        EXPECT_TRUE(QDir::setCurrent(_before));
+    }
+    InFolder(const InFolder&) = delete;
+    InFolder& operator=(const InFolder&) = delete;
+
+private:
+    const QString _before;
+};
+
+} // namespace
+
 TEST_F(ResourcesPathOfACopy, IgnoresTheCurrentDirectory)
 {
     const QString copy = copyInto(QStringLiteral("lib"));
     makeFolder(QStringLiteral("elsewhere/lib"));
     makeFolder(QStringLiteral("elsewhere/share/vrkgl"));
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(_prefix + QStringLiteral("/elsewhere/lib")));
-    const std::string answer = answerOf(copy);
-    ASSERT_TRUE(QDir::setCurrent(before));
-    EXPECT_EQ(answer, "");
+    const InFolder elsewhere(_prefix + QStringLiteral("/elsewhere/lib"));
+    EXPECT_EQ(answerOf(copy), "");
+}
+
+TEST_F(ResourcesPathOfACopy, BelongsToTheFolderInWhichARelativeNameWasLoaded)
+{
+    copyInto(QStringLiteral("lib"));
+    makeFolder(QStringLiteral("share/vrkgl"));
+    const InFolder lib(_prefix + QStringLiteral("/lib"));
+    EXPECT_EQ(answerOf(QStringLiteral("./libCopy.so")), "PREFIX/share/vrkgl");
+}
+
+TEST_F(ResourcesPathOfACopy, StaysWhenTheCurrentDirectoryChangesBehindARelativeLoad)
+{
+    copyInto(QStringLiteral("lib"));
+    makeFolder(QStringLiteral("share/vrkgl"));
+    // A trap: the same relative name means another library here.
+    copyInto(QStringLiteral("elsewhere/lib"));
+    makeFolder(QStringLiteral("elsewhere/share/vrkgl"));
+    void* handle = nullptr;
+    {
+        const InFolder lib(_prefix + QStringLiteral("/lib"));
+        handle = dlopen("./libCopy.so", RTLD_NOW | RTLD_LOCAL);
+    }
+    ASSERT_NE(handle, nullptr) << dlerror();
+    const auto function = reinterpret_cast<QString (*)()>(dlsym(handle, _loaded.symbol.c_str()));
+    ASSERT_NE(function, nullptr);
+    // The system's own answer is the relative name still, so that the question arises.
+    Dl_info info = {};
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(function), &info), 0);
+    EXPECT_STREQ(info.dli_fname, "./libCopy.so");
+    {
+        const InFolder elsewhere(_prefix + QStringLiteral("/elsewhere/lib"));
+        EXPECT_EQ(function().toStdString(), (_prefix + QStringLiteral("/share/vrkgl")).toStdString());
+    }
+    dlclose(handle);
 }
 
 #endif

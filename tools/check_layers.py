@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Fails when a unit includes a unit of a higher layer, or stands in no layer.
 
-The layers are those of cmake/layers.cmake, lowest first. Public headers must not include private ones either.
+The layers are those of cmake/layers.cmake, lowest first. Nothing of VrkCore may include from VrkGL. Public headers must
+not include private ones either, and the list of private headers must be true: each is there, and each header that calls
+itself "Not installed" is in it.
 """
 import re
 import sys
@@ -22,10 +24,10 @@ def read_layers(text):
     problems = []
     for position, layer in enumerate(order):
         for unit in lists[f"VRK_LAYER_{layer}"]:
-            if layer != "CORE" and unit in rank and unit != "Export":
+            if unit in rank:
                 problems.append(f"cmake/layers.cmake: {unit} is listed twice")
             if unit != "Export":
-                rank[unit] = position
+                rank.setdefault(unit, position)
     return rank, set(lists["VRK_PRIVATE_HEADERS"]), problems
 
 
@@ -37,8 +39,22 @@ def unit_of(stem, rank):
     return max(candidates, key=len) if candidates else None
 
 
+def private_header_problems(private):
+    problems = []
+    for header in sorted(private):
+        if not (ROOT / "src" / "GL" / header).is_file():
+            problems.append(f"cmake/layers.cmake: the private header {header} does not exist")
+    for path in sorted([*(ROOT / "src" / "Core").glob("*.h"), *(ROOT / "src" / "GL").glob("*.h")]):
+        # The words may stand on two lines of a comment.
+        text = re.sub(r"\s*\n\s*(///?|\*)?\s*", " ", path.read_text(encoding="utf-8"))
+        if re.search(r"\bNot installed\b", text) and (path.parent.name != "GL" or path.name not in private):
+            problems.append(f"{path.relative_to(ROOT)}: says 'Not installed' but is no private header")
+    return problems
+
+
 def main():
     rank, private, problems = read_layers((ROOT / "cmake" / "layers.cmake").read_text(encoding="utf-8"))
+    problems += private_header_problems(private)
     for path in sorted([*(ROOT / "src" / "Core").glob("*.*"), *(ROOT / "src" / "GL").glob("*.*")]):
         if path.suffix not in (".h", ".cpp") or path.stem == "Export":
             continue
@@ -52,6 +68,9 @@ def main():
             if not match:
                 continue
             header = match.group(1)
+            if path.parent.name == "Core" and "<VrkGL/" in match.group(0):
+                problems.append(f"{name}:{number}: VrkCore includes {header} of VrkGL")
+                continue
             stem = Path(header).stem
             if stem == "Export" or stem in GENERATED or header.endswith(".moc"):
                 continue

@@ -27,8 +27,8 @@ namespace
 // be that of another copy of the library that was loaded earlier.
 const char kAnchor = 0;
 
-// The file that holds kAnchor, or an empty text when the system cannot tell.
-QString libraryFile()
+// The file that holds kAnchor as the system names it, or an empty text when it cannot tell.
+QString libraryName()
 {
 #if defined(Q_OS_WIN)
     HMODULE module = nullptr;
@@ -49,9 +49,29 @@ QString libraryFile()
 #endif
 }
 
+// The same as an absolute path. A library that was loaded by a relative name keeps that name, which means a file
+// only as long as the current directory is the one that it was loaded in.
+QString absoluteLibraryName()
+{
+    const QString name = libraryName();
+    const QFileInfo info(name);
+    if (name.isEmpty() || (info.isRelative() && !info.exists()))
+        return QString();
+    return info.absoluteFilePath();
+}
+
+const QString& libraryFile()
+{
+    static const QString file = absoluteLibraryName();
+    return file;
+}
+
+// Asks as the library is loaded. Who calls from an initialiser that runs before this one is served as well.
+[[maybe_unused]] const QString& kLibraryFileAtLoad = libraryFile();
+
 QString findResources()
 {
-    const QString file = libraryFile();
+    const QString& file = libraryFile();
     if (file.isEmpty())
         return QString();
     const QFileInfo info(file);

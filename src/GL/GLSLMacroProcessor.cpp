@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QMessageLogger>
 #include <QRegularExpression>
@@ -23,6 +24,10 @@ namespace
 // How many directives deep a text may be nested. Real shaders stay below ten; the limit is for texts that
 // reach themselves, and it keeps the stack that the expansion takes below a few hundred kilobytes.
 constexpr int kDepthLimit = 256;
+
+// How many characters a call may make of its source, and how many bytes of files it may read. Real shaders stay
+// below a million; the limit is for files that each include the next one twice, which grow as the powers of two.
+constexpr qsizetype kSizeLimit = qsizetype(1) << 28;
 
 const QRegularExpression& includePattern()
 {
@@ -73,21 +78,50 @@ QString defineLines(const QMap<QString, QString>& defines)
     return lines;
 }
 
-// Reads the first file of that name that opens; false when no directory has one.
-bool readIncludeFile(const QList<QDir>& directories, const QString& name, QString& text)
+enum class Reading
+{
+    Done,
+    NoFile,
+    TooLong
+};
+
+// The contents of an open file, taken from the bytes that may still be read. The size of the file is no promise: files
+// of the system give more than they say.
+Reading readText(QFile& file, qsizetype& bytesLeft, QString& text)
+{
+    if (file.size() > bytesLeft)
+        return Reading::TooLong;
+    constexpr qsizetype kPiece = 1 << 16;
+    QByteArray bytes;
+    for (;;)
+    {
+        const QByteArray piece = file.read(std::min(kPiece, bytesLeft - bytes.size() + 1));
+        if (piece.isEmpty())
+            break;
+        bytes += piece;
+        if (bytes.size() > bytesLeft)
+            return Reading::TooLong;
+    }
+    bytesLeft -= bytes.size();
+    text = QString::fromUtf8(bytes);
+    return Reading::Done;
+}
+
+// Reads the first file of that name that opens. A pipe may wait for ever for its other end when it is opened
+// already, a device may have no end, and a directory among the embedded files opens as an empty file.
+Reading readIncludeFile(const QList<QDir>& directories, const QString& name, qsizetype& bytesLeft, QString& text)
 {
     for (const QDir& directory : directories)
     {
         const QString path = directory.filePath(name);
-        if (!QFile::exists(path))
+        if (!QFileInfo(path).isFile())
             continue;
         QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            continue;
-        text = QString::fromUtf8(file.readAll());
-        return true;
+        // The file may have become another one since.
+        if (file.open(QIODevice::ReadOnly) && !file.isSequential())
+            return readText(file, bytesLeft, text);
     }
-    return false;
+    return Reading::NoFile;
 }
 
 // The declarations of the plan of that name; false when the plan is unknown. There is no registry of plans
@@ -107,6 +141,17 @@ void warnNoIncludeFile(const QString& name)
     QMessageLogger().warning("Failed to open include file '%s'", name.toUtf8().constData());
 }
 
+void warnDepthLimit(QStringView line)
+{
+    QMessageLogger().warning("Expansion depth limit of %d reached at '%s'", kDepthLimit, line.toUtf8().constData());
+}
+
+void warnSizeLimit(qsizetype limit, QStringView line)
+{
+    QMessageLogger().warning("Expansion size limit of %lld reached at '%s'", static_cast<long long>(limit),
+                             line.toUtf8().constData());
+}
+
 } // namespace
 
 /// One call of process: the output that all nested texts are written to in turn, and how deep they nest.
@@ -114,11 +159,14 @@ void warnNoIncludeFile(const QString& name)
 /// Whether a line is a directive depends on the whole line and not on the `#` that led to it. So each line
 /// with a `#` is looked at once, at its first `#`, and a line that is no directive is copied as a whole. With
 /// that the work is proportional to the text, however many `#` a line has.
+///
+/// What is written and what is still to be copied of the texts that are open are counted together. So a text that
+/// fits when it is opened still fits when its end is written, whatever is nested in it.
 class GLSLMacroProcessor::Expansion
 {
 public:
-    Expansion(const GLSLMacroProcessor& processor, QString& output)
-        : _processor(processor), _output(output), _defineLines(defineLines(processor._defines))
+    Expansion(const GLSLMacroProcessor& processor, qsizetype sizeLimit, QString& output)
+        : _processor(processor), _sizeLimit(sizeLimit), _output(output), _defineLines(defineLines(processor._defines))
     {
     }
 
@@ -131,21 +179,29 @@ private:
     bool expandInclude(QStringView line);
     void expandVersion(QStringView line);
     void appendNested(QStringView text, QStringView line);
-    bool includeText(const QString& name, QString& text);
+    Reading includeText(const QString& name, QString& text);
+    bool hasRoomFor(qsizetype characters) const;
+    void reachSizeLimit(QStringView line);
 
     const GLSLMacroProcessor& _processor;
+    const qsizetype _sizeLimit;
     QString& _output;
+    // The characters of the open texts that are not yet copied or replaced.
+    qsizetype _pending = 0;
     // What follows each #version: empty when no define is held.
     const QString _defineLines;
     // The files read in this call, by name: a file that is named a thousand times is read once.
     QHash<QString, QString> _files;
+    qsizetype _fileBytesLeft = _sizeLimit;
     int _depth = 0;
-    bool _depthLimitReached = false;
+    // From then on nothing is nested any more.
+    bool _limitReached = false;
 };
 
 void GLSLMacroProcessor::Expansion::expand(QStringView text)
 {
     qsizetype copied = 0;
+    _pending += text.size();
     for (qsizetype hash = text.indexOf(u'#'); hash >= 0; hash = text.indexOf(u'#', copied))
     {
         // What stands in front of the '#' stays, also the blanks that indent a #macro.
@@ -157,11 +213,13 @@ void GLSLMacroProcessor::Expansion::expand(QStringView text)
             --lineStart;
         const qsizetype lineEnd = std::find_if(text.begin() + hash, text.end(), isLineEnd) - text.begin();
 
+        _pending -= lineEnd - copied;
         if (!expandLine(text.sliced(lineStart, lineEnd - lineStart), hash - lineStart))
             _output.append(text.sliced(hash, lineEnd - hash));
         copied = lineEnd;
     }
     _output.append(text.sliced(copied));
+    _pending -= text.size() - copied;
 }
 
 // Replaces a directive; false when the line is none. `hash` is the place of the first '#' in the line. The
@@ -212,23 +270,40 @@ bool GLSLMacroProcessor::Expansion::expandInclude(QStringView line)
     if (!match.matched)
         return false;
     const QString name = match.first.toString();
-    QString text;
     if (name.isEmpty())
+    {
         warnNoIncludeName(line);
-    else if (_depthLimitReached)
         return true;
-    else if (includeText(name, text))
+    }
+    if (_limitReached)
+        return true;
+    QString text;
+    switch (includeText(name, text))
+    {
+    case Reading::Done:
         appendNested(text, line);
-    else
+        break;
+    case Reading::NoFile:
         warnNoIncludeFile(name);
+        break;
+    case Reading::TooLong:
+        reachSizeLimit(line);
+        break;
+    }
     return true;
 }
 
+// The line stays in any case. The defines behind it are left out where they have no room: a text of many such lines
+// is multiplied by the length of the defines.
 void GLSLMacroProcessor::Expansion::expandVersion(QStringView line)
 {
+    const bool definesFit = hasRoomFor(line.size() + 1 + _defineLines.size());
     _output.append(line);
     _output.append(u'\n');
-    _output.append(_defineLines);
+    if (_defineLines.isEmpty() || definesFit)
+        _output.append(_defineLines);
+    else
+        reachSizeLimit(line);
 }
 
 // Appends the expansion of a text that the directive in `line` stands for, and a line end. Once a text
@@ -236,32 +311,51 @@ void GLSLMacroProcessor::Expansion::expandVersion(QStringView line)
 // otherwise go on for two to the power of the limit.
 void GLSLMacroProcessor::Expansion::appendNested(QStringView text, QStringView line)
 {
-    if (_depthLimitReached)
+    if (_limitReached)
         return;
     if (kDepthLimit == _depth)
     {
-        _depthLimitReached = true;
-        QMessageLogger().warning("Expansion depth limit of %d reached at '%s'", kDepthLimit, line.toUtf8().constData());
+        _limitReached = true;
+        warnDepthLimit(line);
+        return;
+    }
+    if (!hasRoomFor(text.size() + 1))
+    {
+        reachSizeLimit(line);
         return;
     }
     ++_depth;
+    ++_pending;
     expand(text);
+    --_pending;
     --_depth;
     _output.append(u'\n');
 }
 
-bool GLSLMacroProcessor::Expansion::includeText(const QString& name, QString& text)
+Reading GLSLMacroProcessor::Expansion::includeText(const QString& name, QString& text)
 {
     const auto known = _files.constFind(name);
     if (_files.cend() != known)
     {
         text = known.value();
-        return true;
+        return Reading::Done;
     }
-    if (!readIncludeFile(_processor._includeDirectories, name, text))
-        return false;
-    _files.insert(name, text);
-    return true;
+    const Reading reading = readIncludeFile(_processor._includeDirectories, name, _fileBytesLeft, text);
+    if (Reading::Done == reading)
+        _files.insert(name, text);
+    return reading;
+}
+
+bool GLSLMacroProcessor::Expansion::hasRoomFor(qsizetype characters) const
+{
+    return _output.size() + _pending + characters <= _sizeLimit;
+}
+
+void GLSLMacroProcessor::Expansion::reachSizeLimit(QStringView line)
+{
+    if (!_limitReached)
+        warnSizeLimit(_sizeLimit, line);
+    _limitReached = true;
 }
 
 GLSLMacroProcessor::GLSLMacroProcessor()
@@ -297,14 +391,19 @@ void GLSLMacroProcessor::addIncludePath(const QString& path)
 
 QString GLSLMacroProcessor::process(const QString& source, GLSLMacroProcessor* processor)
 {
+    return processWithin(kSizeLimit, source, processor);
+}
+
+QString GLSLMacroProcessor::processWithin(qsizetype sizeLimit, const QString& source, GLSLMacroProcessor* processor)
+{
     if (nullptr == processor)
     {
         GLSLMacroProcessor standard;
-        return process(source, &standard);
+        return processWithin(sizeLimit, source, &standard);
     }
     QString output;
     output.reserve(source.size());
-    Expansion(*processor, output).expand(source);
+    Expansion(*processor, sizeLimit, output).expand(source);
     return output;
 }
 
@@ -318,15 +417,27 @@ void GLSLMacroProcessor::processLineInclude(QString& line, QRegularExpression& p
     if (!line.startsWith(u"#include"))
         return;
     const QString name = pattern.match(line).captured(0);
-    QString text;
     if (name.isEmpty())
+    {
         warnNoIncludeName(line);
-    else if (readIncludeFile(nullptr == processor ? GLSLMacroProcessor()._includeDirectories
-                                                  : processor->_includeDirectories,
-                             name, text))
+        return;
+    }
+    const QList<QDir> directories =
+        nullptr == processor ? GLSLMacroProcessor()._includeDirectories : processor->_includeDirectories;
+    qsizetype bytesLeft = kSizeLimit;
+    QString text;
+    switch (readIncludeFile(directories, name, bytesLeft, text))
+    {
+    case Reading::Done:
         line = process(text, processor);
-    else
+        break;
+    case Reading::NoFile:
         warnNoIncludeFile(name);
+        break;
+    case Reading::TooLong:
+        warnSizeLimit(kSizeLimit, line);
+        break;
+    }
 }
 
 void GLSLMacroProcessor::processLineMacro(QString& line, QRegularExpression& pattern, GLSLMacroProcessor* processor)

@@ -51,7 +51,8 @@ class VRKGL_EXPORT GLSLMacroProcessor
 {
 public:
     /// No macro, no define, and two include directories: `resourcesPath()` + "/GLSL/include", so that an
-    /// installed file takes the place of the embedded one of the same name, then ":/GLSL/include".
+    /// installed file takes the place of the embedded one of the same name, then ":/GLSL/include". Where no
+    /// resources are installed the first of them is "/GLSL/include", see resourcesPath.
     GLSLMacroProcessor();
 
     /// Holds the define `name`, in place of a value held before. The defines are written in ascending order
@@ -79,15 +80,26 @@ public:
     /// goes to the Qt message log, whether or not the library's own logging is on:
     /// - "Cannot extract include filename from '%s'", with the whole line: the name is empty.
     /// - "Failed to open include file '%s'", with the name: no directory has a readable file of that name.
+    ///   Directories, pipes and devices are no files.
     /// - "Expansion depth limit of 256 reached at '%s'", with the whole line: the directive would be nested
-    ///   deeper than that, as where a file includes itself. Given once in a call; from there on every
-    ///   further directive in the call expands to nothing, so that the call ends soon, and what was expanded
-    ///   so far stays.
+    ///   deeper than that, as where a file includes itself.
+    /// - "Expansion size limit of 268435456 reached at '%s'", with the whole line: the text of the directive, or
+    ///   the defines behind a `#version` line, would take the output beyond that many characters, or the files
+    ///   read in the call have more bytes.
+    ///
+    /// Of the last two one is given once in a call. From there on nothing is nested in that call any more: every
+    /// further `#macro`, `#instancedata` and `#include` line expands to nothing. Include files are not looked for
+    /// any more, so a missing one gives no warning; an empty name still does. What was expanded so far and all
+    /// other lines stay. `#version` lines stay too, each with its defines as long as these fit; a source that is
+    /// beyond the size by itself comes back with its other lines as they are.
     static QString process(const QString& source, GLSLMacroProcessor* processor);
 
 private:
     friend struct GLSLMacroProcessorTestAccess;
     class Expansion;
+
+    // process with another limit of size than its own.
+    static QString processWithin(qsizetype sizeLimit, const QString& source, GLSLMacroProcessor* processor);
 
     // Single steps of process for one line, which process itself does not use. `line` is left as it was
     // when there is nothing to put in its place. All take a null processor.
