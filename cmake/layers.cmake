@@ -5,11 +5,14 @@
 # A unit is a file name under src/Core or src/GL without its suffix; UnitTopic.cpp belongs to the unit Unit when Unit is
 # listed and UnitTopic is not.
 
-set(VRK_LAYERS CORE RUNTIME OBJECTS)
+set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES)
 
 # src/Core: knows no OpenGL.
 set(VRK_LAYER_CORE
     Export
+    Memory
+    MemoryMappedFile
+    RawMemory
     ResourcesPath)
 
 # OpenGL's functions, capabilities, diagnostics, the binding protocol, the identity of a context.
@@ -39,6 +42,7 @@ set(VRK_LAYER_RUNTIME
 set(VRK_LAYER_OBJECTS
     BufferObject
     BufferObjectEntryPoints
+    BufferOffset
     DrawBuffers
     DrawElementsIndirectCommand
     GLSLMacroProcessor
@@ -51,9 +55,17 @@ set(VRK_LAYER_OBJECTS
     UniformForm
     VertexArrayObject)
 
+# Textures, their formats and units; reading them from files, pooling and processing them.
+set(VRK_LAYER_TEXTURES
+    Texture
+    TextureFormat
+    TextureLevels
+    TextureUnits)
+
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
     BufferObjectEntryPoints.h
+    BufferOffset.h
     GLEnumWords.h
     GLFunctionTable.h
     GLOptionalFunctions.h
@@ -64,5 +76,8 @@ set(VRK_PRIVATE_HEADERS
     ShaderProgramEntryPoints.h
     ShaderReport.h
     ShaderText.h
+    TextureFormatNames.h
+    TextureLevels.h
+    TextureUnits.h
     UBOContextData.h
     UniformForm.h)

@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
 
 namespace Harrow::Vrk::Test
 {
@@ -309,11 +310,28 @@ enum class Ending
 {
     eContextCurrent,
     eContextNotCurrent,
-    eContextDestroyed
+    eContextDestroyed,
+    eQuadBound
 };
 
+/// Told while the library releases its instance: by then there is none any more for anybody.
+void atRelease()
+{
+    if (OpenGLDeviceContext::current())
+        std::_Exit(6);
+    DrawBuffers late(nullptr);
+    if (late.getDrawElementsIndirectCommandsUniformBufferObject())
+        std::_Exit(7);
+    std::fputs("quad released\n", stderr);
+}
+
+void writeToStderr(QtMsgType, const QMessageLogContext&, const QString& text)
+{
+    std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+}
+
 /// Ends this process by `exit`: 0 with "quad released" on stderr when the library lets its quad go without calling
-/// OpenGL, 3 or 4 when it does call.
+/// OpenGL, 3 or 4 when it does call, 6 or 7 when the instance can still be had then.
 [[noreturn]] void endWithQuad(Ending ending)
 {
     auto* const own = new HeadlessContext;
@@ -323,8 +341,11 @@ enum class Ending
         const bool made = quad->bind() && quad->unbind() && quad->VAO()->getVAO() != 0;
         if (!made)
             std::_Exit(5);
-        QObject::connect(quad.data(), &QObject::destroyed, [] { std::fputs("quad released\n", stderr); });
+        QObject::connect(quad.data(), &QObject::destroyed, atRelease);
+        if (ending == Ending::eQuadBound && !quad->bind())
+            std::_Exit(5);
     }
+    qInstallMessageHandler(writeToStderr);
     if (ending == Ending::eContextNotCurrent)
         HeadlessContext::releaseCurrent();
     if (ending == Ending::eContextDestroyed)
@@ -342,12 +363,21 @@ TEST_P(OpenGLDeviceContextExitGL, TheProcessEndsWellWithTheQuadAlive)
 {
     // A process of its own, not a fork of this one: the driver has threads.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(endWithQuad(GetParam()), testing::ExitedWithCode(0), "quad released");
+    // A vertex array that is still bound says so; the quad's own release comes after that of its parts.
+    const std::string bound = GetParam() == Ending::eQuadBound
+                                  ? "Vertex Array Object is already bound on destroy.*"
+                                    "Vertex Array Object is bound during class destructor.*"
+                                    "Vertex Array Object needs to be destroied before class destructor.*"
+                                  : "";
+    EXPECT_EXIT(endWithQuad(GetParam()), testing::ExitedWithCode(0),
+                bound +
+                    "Assertion '!context.isNull\\(\\)' failed: There is no OpenGLDeviceContext after the end of the "
+                    "process.*quad released");
 }
 
 INSTANTIATE_TEST_SUITE_P(Endings, OpenGLDeviceContextExitGL,
-                         testing::Values(Ending::eContextCurrent, Ending::eContextNotCurrent,
-                                         Ending::eContextDestroyed));
+                         testing::Values(Ending::eContextCurrent, Ending::eContextNotCurrent, Ending::eContextDestroyed,
+                                         Ending::eQuadBound));
 
 } // namespace
 } // namespace Harrow::Vrk::Test

@@ -98,7 +98,9 @@ public:
     static int NumAliveManaged();
 
 private:
+    friend class DrawBuffers;
     friend class OpenGLDeviceContext;
+    friend class VertexArrayObject;
     friend struct BufferObjectTestAccess;
 
     /// Wraps `bufferId`, which somebody else owns.
@@ -108,6 +110,11 @@ private:
 
     bool create();
     bool destroy();
+    /// Whether the books say so. An indexed binding is none of a plain target: OpenGL denies it there.
+    bool isBoundTo(GLenum target) const
+    {
+        return _boBountTarget == target && !_useBindBufferRange;
+    }
     bool uploadValues(const void* data, int valueCount, GLenum usage, std::size_t valueSize);
     bool uploadChecked(const void* data, int valueCount, GLenum usage, std::size_t valueSize);
 

@@ -34,8 +34,11 @@ class VertexArrayObject;
 ///
 /// A draw needs the object bound (`bind`, `rebind`), the attributes enabled (`VertexArrayObject::
 /// enableShaderProgramArrays`) and the program in use. All operations run on the thread of the current context; the
-/// counters and the mode belong to the process and are not locked. Every broken precondition is an assertion: it is
-/// reported, OpenGL is not called and false comes back.
+/// counters and the mode belong to the process and are not locked. A broken precondition is an assertion: it is
+/// reported, nothing is drawn and false comes back.
+///
+/// Between `bind` and `unbind` nothing else may bind or unbind `GL_ELEMENT_ARRAY_BUFFER`: that binding belongs to the
+/// vertex array, so filling another index buffer there takes this one's away. Fill index buffers before.
 class VRKGL_EXPORT DrawBuffers : public QObject, public Bindable
 {
     Q_OBJECT
@@ -47,11 +50,12 @@ public:
     /// Binds the vertex array, then the index buffer if there is one. When either fails nothing stays bound.
     bool bind() override;
 
-    /// Unbinds the index buffer, then the vertex array; what they say is not looked at.
+    /// Unbinds the index buffer, then the vertex array; what they say is not looked at. False, after an assertion,
+    /// without a vertex array.
     bool unbind() override;
 
-    /// Takes the binding over from `drawBuffersBound` with the fewest calls; null means plain `bind`. When the index
-    /// buffer fails the vertex array is unbound.
+    /// Takes the binding over from `drawBuffersBound` with the fewest calls; null means plain `bind`, and this object
+    /// itself is true without a call. When the index buffer fails the vertex array is unbound.
     bool rebind(DrawBuffers* drawBuffersBound);
 
     /// OpenGL's primitive. `GL_QUADS` is reported and stored.
@@ -80,8 +84,9 @@ public:
     void setIndexedDraw(QSharedPointer<BufferObject> indexBuffer, int indexCount, GLenum indexType);
 
     /// Copies `count` sub-draws, drawn in place of the whole; 0 ends that. Their offsets come from the index type, so
-    /// `setIndexedDraw` comes first. A uniform buffer that was handed out already keeps the older ones. A negative
-    /// count, or null with a count, is an assertion and changes nothing.
+    /// `setIndexedDraw` comes first: without it each sub-draw gives the critical message of `bytesFromInternalFormat`
+    /// and begins at offset 0. A uniform buffer that was handed out already keeps the older ones. A negative count, or
+    /// null with a count, is an assertion and changes nothing.
     void setDrawElementsIndirectCommands(const DrawElementsIndirectCommand* commands, int count);
 
     /// Lets go of vertex array and index buffer. Counts and sub-draws stay.
@@ -89,7 +94,8 @@ public:
 
     /// Draws. The location of "u_DrawID" comes from `program`, which must be in use; without one the driver is asked.
     /// `commandSubset` picks sub-draws by index, in its order; null means all of them, and an index that is not in
-    /// the list is an assertion. A program without the uniform is drawn with all the same.
+    /// the list is an assertion. A program without the uniform is drawn with all the same. Indices need a bound index
+    /// buffer. By base instance sub-draws are not drawn: "##### COMMAND COUNT" in the debug log (guarded), and false.
     bool draw();
     bool draw(ShaderProgram* program);
     bool draw(ShaderProgram* program, const QList<int>* commandSubset);
@@ -98,7 +104,8 @@ public:
     /// index offset, base vertex and sub-draws are ignored.
     bool drawInstanced(int instanceCount);
 
-    /// Whether `draw` would issue anything.
+    /// Whether there is anything to draw: sub-draws, or else indices or vertices. Instances and the mode are not looked
+    /// at.
     bool willDraw(ShaderProgram* program, const QList<int>* commandSubset);
 
     QSharedPointer<VertexArrayObject> VAO() const;
@@ -109,7 +116,8 @@ public:
     int numDrawCommands() const;
 
     /// The sub-draws as block "u_DrawElementsIndirectCommandsUniform", for shaders that look a draw's indices up. Made
-    /// at the first call, from the sub-draws of that moment, in the current context. The block in the shader holds 100.
+    /// at the first call, from the sub-draws of that moment, in the current context; without any the buffer stays
+    /// empty, after an assertion. The block in the shader holds 100.
     QSharedPointer<UniformBufferObject> getDrawElementsIndirectCommandsUniformBufferObject();
 
     /// Bytes of this object and its lists, with what the vertex array and the index buffer need.
@@ -150,6 +158,7 @@ private:
 
     Q_DECL_HIDDEN bool canDraw() const;
     Q_DECL_HIDDEN bool canDrawWhole() const;
+    Q_DECL_HIDDEN bool hasIndicesBound() const;
     Q_DECL_HIDDEN bool canDrawCommands(const QList<int>* commandSubset) const;
     Q_DECL_HIDDEN void drawInstances(ShaderProgram* program, int location);
     Q_DECL_HIDDEN void drawCommands(ShaderProgram* program, int location, const QList<int>* commandSubset);

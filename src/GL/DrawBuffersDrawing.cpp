@@ -3,22 +3,17 @@
 
 #include "AutoBinder.h"
 #include "BufferObject.h"
+#include "BufferOffset.h"
 #include "Diagnostics.h"
 #include "ShaderProgram.h"
 #include "VertexArrayObject.h"
 
-#include <cstdint>
 #include <numeric>
 
 namespace Harrow::Vrk
 {
 namespace
 {
-
-const void* bufferOffset(size_t offset)
-{
-    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(offset));
-}
 
 int drawIDLocation(const ShaderProgram* program)
 {
@@ -83,6 +78,7 @@ bool DrawBuffers::canDrawWhole() const
     {
         VRK_ASSERT_RETURN(0 != this->_indexType, false, "Index type is not setup on draw");
         VRK_ASSERT_RETURN(0 != this->_indexCount, false, "Index count is not setup on draw");
+        VRK_ASSERT_RETURN(this->hasIndicesBound(), false, "No index buffer is bound on draw");
     }
     else
     {
@@ -91,9 +87,20 @@ bool DrawBuffers::canDrawWhole() const
     return true;
 }
 
+// Without an element buffer in the vertex array some drivers read the offsets as addresses. The driver is asked only
+// where our own book-keeping does not vouch for one: the application may have put its own there.
+bool DrawBuffers::hasIndicesBound() const
+{
+    if (_boIndex && _boIndex->isBoundTo(GL_ELEMENT_ARRAY_BUFFER))
+        return true;
+    GLint name = 0;
+    glGetIntegerv(GL_ELEMENT_ARRAY_BUFFER_BINDING, &name);
+    return name != 0;
+}
+
 bool DrawBuffers::canDrawCommands(const QList<int>* commandSubset) const
 {
-    VRK_ASSERT_RETURN(false == this->_boIndex.isNull(), false, "Index buffer object is not set on draw");
+    VRK_ASSERT_RETURN(this->hasIndicesBound(), false, "No index buffer is bound on draw");
     if (commandSubset)
     {
         for (const int command : *commandSubset)

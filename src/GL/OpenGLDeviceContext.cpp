@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <iterator>
+#include <utility>
 
 namespace Harrow::Vrk
 {
@@ -40,24 +41,20 @@ static_assert(std::size(kQuadTexCoords) == kQuadVertices * 2);
 
 // The instance of the process. By the time it is released at exit the context of its quad, or the driver itself, may be
 // gone, so the objects that still live are told to leave OpenGL alone.
-struct CurrentContext
-{
-    CurrentContext() : context(*new QSharedPointer<OpenGLDeviceContext>(new OpenGLDeviceContext)) {}
+// The pointer itself is never destroyed: whoever asks later than that finds null.
+QSharedPointer<OpenGLDeviceContext>& currentInstance =
+    *new QSharedPointer<OpenGLDeviceContext>(new OpenGLDeviceContext);
 
-    ~CurrentContext()
+struct ReleaseAtExit
+{
+    ~ReleaseAtExit()
     {
         GLPlatform::markProcessEnding();
-        context.clear();
+        currentInstance.clear();
     }
-
-    CurrentContext(const CurrentContext&) = delete;
-    CurrentContext& operator=(const CurrentContext&) = delete;
-
-    // The pointer itself is never destroyed: whoever asks later than this finds null.
-    QSharedPointer<OpenGLDeviceContext>& context;
 };
 
-CurrentContext currentContext;
+const ReleaseAtExit releaseAtExit;
 
 bool addQuadAttribute(VertexArrayObject& vao, const char* name, const QSharedPointer<BufferObject>& buffer,
                       int valuesPerVertex)
@@ -132,12 +129,12 @@ QSharedPointer<UniformBufferObject> OpenGLDeviceContext::newUniformBuffer(const 
 
 QSharedPointer<OpenGLDeviceContext> OpenGLDeviceContext::current()
 {
-    return currentContext.context;
+    return currentInstance;
 }
 
 void OpenGLDeviceContext::resetContext()
 {
-    currentContext.context = QSharedPointer<OpenGLDeviceContext>(new OpenGLDeviceContext);
+    currentInstance = QSharedPointer<OpenGLDeviceContext>(new OpenGLDeviceContext);
 }
 
 } // namespace Harrow::Vrk

@@ -11,6 +11,9 @@
 #include <QBasicMutex>
 #include <QMutexLocker>
 
+#include <iterator>
+#include <utility>
+
 namespace Harrow::Vrk
 {
 namespace
@@ -40,11 +43,14 @@ QSharedPointer<UBOContextData> newContextData(const BlockKindRow& kind)
 {
     GLint maxBindings = 0;
     glGetIntegerv(kind.maxBindings, &maxBindings);
-    const auto data = QSharedPointer<UBOContextData>::create(kind.target, maxBindings);
-    data->_bindBuffersBase = entryPoint<PFN_glBindBuffersBase>("glBindBuffersBase");
-    if (kind.target == GL_SHADER_STORAGE_BUFFER)
-        data->_shaderStorageBlockBinding = entryPoint<PFN_glShaderStorageBlockBinding>("glShaderStorageBlockBinding");
-    return data;
+    return QSharedPointer<UBOContextData>::create(kind.target, maxBindings);
+}
+
+void fetchEntryPoints(UBOContextData& data)
+{
+    data._bindBuffersBase = entryPoint<PFN_glBindBuffersBase>("glBindBuffersBase");
+    if (data._target == GL_SHADER_STORAGE_BUFFER)
+        data._shaderStorageBlockBinding = entryPoint<PFN_glShaderStorageBlockBinding>("glShaderStorageBlockBinding");
 }
 
 } // namespace
@@ -242,9 +248,13 @@ UBOContextData& UniformBufferObject::contextData(BlockKind kind)
     LastRecords& last = lastRecords();
     if (last.context != context)
         last = {context, {}};
-    UBOContextData*& record = last.records[static_cast<size_t>(kind)];
-    if (!record)
-        record = findOrMakeRecord(kind, context);
+    const auto number = static_cast<size_t>(kind);
+    if (UBOContextData* const known = last.records[number])
+        return *known;
+    UBOContextData* const record = findOrMakeRecord(kind, context);
+    // Whoever handled a message in between may have come here with another context.
+    if (last.context == context)
+        last.records[number] = record;
     return *record;
 }
 
@@ -252,11 +262,17 @@ UBOContextData* UniformBufferObject::findOrMakeRecord(BlockKind kind, void* cont
 {
     // Guards the finding and making alone. A record stays where it is, is never removed, and belongs to the thread of
     // its context.
-    const QMutexLocker lock(&recordsMutex);
+    QMutexLocker lock(&recordsMutex);
     QSharedPointer<UBOContextData>& record = contextRecords(kind)[context];
-    if (!record)
-        record = newContextData(kBlockKinds[static_cast<size_t>(kind)]);
-    return record.data();
+    UBOContextData* const known = record.data();
+    if (known)
+        return known;
+    record = newContextData(kBlockKinds[static_cast<size_t>(kind)]);
+    UBOContextData* const made = record.data();
+    // A miss is logged, and whoever handles messages may come here again.
+    lock.unlock();
+    fetchEntryPoints(*made);
+    return made;
 }
 
 } // namespace Harrow::Vrk

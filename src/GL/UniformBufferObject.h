@@ -28,7 +28,8 @@ struct UBOContextData;
 /// The object itself holds no binding state. Who holds which point is kept for each context, under the buffer's name:
 /// binds are counted, two objects on one buffer share its point, and the point is free again after as many unbinds. An
 /// object that is destroyed while bound leaves its point taken. Operations run on the thread of the current context;
-/// different contexts may be used on different threads.
+/// different contexts may be used on different threads. In a context without storage blocks the first use of a batch or
+/// of a storage buffer leaves `GL_INVALID_ENUM` behind, from asking for the number of their binding points.
 class VRKGL_EXPORT UniformBufferObject : public QObject, public Bindable
 {
     Q_OBJECT
@@ -41,10 +42,10 @@ public:
     bool bind() override;
 
     /// Puts the buffer on a binding point, the block's present one if that is free, and points the block of `program`
-    /// at it. `program` must be bound; null, or one without the block, gets the buffer's point alone. For a buffer that
-    /// has a point already no buffer is bound again. False for no buffer (assertion) or no free point ("There is no
-    /// available uniformBlockBindings", warning, guarded). A buffer without contents is reported outside a batch, and
-    /// bound.
+    /// at it. `program` need not be the one in use; null, or one without the block, gets the buffer's point alone. For
+    /// a buffer that has a point already no buffer is bound again. False for no buffer (assertion) or no free point
+    /// ("There is no available uniformBlockBindings", warning, guarded). A buffer without contents is reported outside
+    /// a batch, and bound.
     bool bind(ShaderProgram* program);
 
     /// `unbind` with the program bound in this context; false with the warning of `bind` if there is none.
@@ -66,8 +67,7 @@ public:
 
     /// From here on binds in the current context only take their binding points, until `bindBatchFlush` binds all of
     /// them in one call for each kind of block (one call for each point where the driver lacks multi-bind). Batches do
-    /// not nest: a second start forgets what the first has collected. In a context without storage blocks the first use
-    /// of a batch leaves `GL_INVALID_ENUM` behind, from asking for the number of their binding points.
+    /// not nest: a second start forgets what the first has collected.
     static void bindBatchStart();
     static void bindBatchFlush();
 

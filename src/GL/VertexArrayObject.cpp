@@ -2,6 +2,7 @@
 #include "VertexArrayObject.h"
 
 #include "BufferObject.h"
+#include "BufferOffset.h"
 #include "Diagnostics.h"
 #include "GLPlatform.h"
 #include "ShaderProgram.h"
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 namespace Harrow::Vrk
 {
@@ -34,11 +36,6 @@ int numAlive = 0;
 constexpr bool canDivide(int valueCount, int valuesPerVertex)
 {
     return valuesPerVertex != 0 && !(valuesPerVertex == -1 && valueCount == std::numeric_limits<int>::min());
-}
-
-const void* bufferOffset(GLuint offset)
-{
-    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(offset));
 }
 
 } // namespace
@@ -257,9 +254,10 @@ bool VertexArrayObject::enableArray(const QString& attrName, int attributeIndex)
         return true;
     }
     VRK_ASSERT_RETURN(!data->bo.isNull(), false, "Buffer Object of the attribute is NULL on enable array");
-    enablePointer(attributeIndex, *data);
-    _attributeNames[attributeIndex] = attrName;
-    return true;
+    // An index that fails holds nothing any more, also not what it was pointed at before.
+    const bool enabled = enablePointer(attributeIndex, *data);
+    _attributeNames[attributeIndex] = enabled ? attrName : QString();
+    return enabled;
 }
 
 void VertexArrayObject::enableConstant(int attributeIndex)
@@ -290,19 +288,42 @@ void VertexArrayObject::enableConstant(int attributeIndex)
     }
 }
 
-void VertexArrayObject::enablePointer(int attributeIndex, const AttributeData& data)
+bool VertexArrayObject::enablePointer(int attributeIndex, const AttributeData& data)
 {
     const auto index = static_cast<GLuint>(attributeIndex);
     const auto stride = static_cast<GLsizei>(data.stride);
     const bool isInteger = data.type >= kFirstIntegerType && data.type <= kLastIntegerType;
     glEnableVertexAttribArray(index);
-    data.bo->bind();
+    // An index buffer is not bound where that cannot help: it would take the place of the array's own indices.
+    const bool mayBind = data.bo->target() != GL_ELEMENT_ARRAY_BUFFER || hasVertexBufferBound(*data.bo);
+    if (mayBind)
+        data.bo->bind();
+    if (!hasVertexBufferBound(*data.bo))
+    {
+        glDisableVertexAttribArray(index);
+        if (mayBind)
+            data.bo->unbind();
+        VRK_ASSERT_RETURN(hasVertexBufferBound(*data.bo), false,
+                          "No vertex buffer is bound for attribute index %d on enable array", attributeIndex);
+    }
     if (isInteger && !data.normalized)
         glVertexAttribIPointer(index, data._valuesPerVertex, data.type, stride, bufferOffset(data.offset));
     else
         glVertexAttribPointer(index, data._valuesPerVertex, data.type, data.normalized, stride,
                               bufferOffset(data.offset));
     data.bo->unbind();
+    return true;
+}
+
+// An enabled array without a buffer would have the next draw read the offset as an address. The driver is asked only
+// where the buffer's own book-keeping does not vouch for the binding: somebody else may have bound one.
+bool VertexArrayObject::hasVertexBufferBound(const BufferObject& bufferObj)
+{
+    if (bufferObj.isBoundTo(GL_ARRAY_BUFFER))
+        return true;
+    GLint name = 0;
+    glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &name);
+    return name != 0;
 }
 
 void VertexArrayObject::dirtyAttributeName(const QString& attrName)

@@ -43,7 +43,8 @@ public:
 
     /// Takes the binding over from `vertexArrayObjectBound`, which is then unbound; null means plain `bind`. `changed`
     /// tells whether OpenGL's binding had to change, so that attributes and index buffer have to be set up again.
-    /// False, after an assertion, when this one is bound already or the other one is not.
+    /// This object itself is true and unchanged, bound or not. False, after an assertion, when this one is bound
+    /// already or the other one is not.
     bool rebind(VertexArrayObject* vertexArrayObjectBound, bool& changed);
 
     /// Feeds attribute `attrName` from `bufferObj`: `valuesPerVertex` components (1 to 4) of `type` for each vertex,
@@ -61,15 +62,17 @@ public:
 
     /// Fills the buffer with `valueCount` floats and registers it. The buffer must have its target and must not be
     /// bound. False, with nothing stored, when the buffer is null, `valueCount` is no multiple of `valuesPerVertex`
-    /// (assertions) or the buffer cannot be bound ("[ !! ] Failed to bind BO", critical).
+    /// (assertions) or the buffer cannot be bound ("[ !! ] Failed to bind BO", critical). What the buffer itself says
+    /// of the upload is not looked at.
     bool upload(const QString& attrName, QSharedPointer<BufferObject> bufferObj, const float* data, int valueCount,
                 int valuesPerVertex, GLenum usage);
     bool upload(const QString& attrName, QSharedPointer<BufferObject> bufferObj, const QList<float>& values,
                 int valuesPerVertex, GLenum usage);
 
     /// Overwrites `valueCount` floats of an attribute's buffer from value number `offset` on. False, after an
-    /// assertion, for an unknown name, for other `valuesPerVertex` than the record's, or for no whole number of
-    /// vertices.
+    /// assertion, for an unknown name, for other `valuesPerVertex` than the record's, for no whole number of vertices,
+    /// or a null buffer; false too for a buffer that cannot be bound ("[ !! ] Failed to bind BO", critical). True even
+    /// where the buffer denies the write.
     bool subUpload(const QString& attrName, const float* data, int valueCount, int valuesPerVertex, int offset);
     bool subUpload(const QString& attrName, const QList<float>& values, int valuesPerVertex, int offset);
 
@@ -78,8 +81,9 @@ public:
     void* mapBO(const QString& attrName);
     void unmapBO(const QString& attrName);
 
-    /// Points every attribute of `program` at its record, and gives an attribute without a record a constant. The
-    /// object must be bound. True for a null program; false, after an assertion, at the first attribute that fails.
+    /// Points every attribute of `program` at its record, and disables an attribute without a record: the shader reads
+    /// zeros there, or what the context holds for an index that was never pointed anywhere. The object must be bound.
+    /// True for a null program; false, after an assertion, at the first attribute that fails.
     bool enableShaderProgramArrays(const ShaderProgram* program);
 
     /// OpenGL's name, 0 before the first bind.
@@ -130,7 +134,8 @@ private:
     bool isBoundWithoutName() const;
     bool enableArray(const QString& attrName, int attributeIndex);
     void enableConstant(int attributeIndex);
-    void enablePointer(int attributeIndex, const AttributeData& data);
+    bool enablePointer(int attributeIndex, const AttributeData& data);
+    static bool hasVertexBufferBound(const BufferObject& bufferObj);
     void dirtyAttributeName(const QString& attrName);
 
     GLuint _vao = 0;
