@@ -6,16 +6,17 @@
 #   VRK_SANITIZE=ON ./test.sh     the same under AddressSanitizer and UndefinedBehaviorSanitizer, in a build of its own
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-sanitize=${VRK_SANITIZE:-OFF}
-build=$here/build/release
-[ "$sanitize" = OFF ] || build=$here/build/sanitize
+case "${VRK_SANITIZE:-OFF}" in
+    ON | on | 1 | true) sanitize=ON build=$here/build/sanitize ;;
+    *) sanitize=OFF build=$here/build/release ;;
+esac
 
 "$here/tools/install_packages.sh" test
 cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVRK_BUILD_TESTS=ON -DVRK_BUILD_BENCHMARKS=ON \
-    -DVRK_WARNINGS_AS_ERRORS=ON -DVRK_SANITIZE="$sanitize" > /dev/null
+    -DVRK_TEST_FLAGS=-O1 -DVRK_WARNINGS_AS_ERRORS=ON -DVRK_SANITIZE="$sanitize" > /dev/null
 cmake --build "$build" >&2
 
-if [ "$sanitize" != OFF ]; then
+if [ "$sanitize" = ON ]; then
     # What the driver and Qt keep for the life of the process is not ours.
     export LSAN_OPTIONS="suppressions=$here/tests/support/leaks.supp:print_suppressions=0"
 fi

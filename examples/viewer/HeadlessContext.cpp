@@ -146,7 +146,7 @@ void HeadlessContext::destroy()
         eglDestroySurface(_display, _surface);
     if (_context)
         eglDestroyContext(_display, _context);
-    eglTerminate(_display);
+    // Not terminated: a display belongs to the whole process, so others may be using this one.
     _display = nullptr;
     _context = nullptr;
     _surface = nullptr;

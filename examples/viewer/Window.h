@@ -32,6 +32,11 @@ public:
         _frameLimit = frames;
     }
 
+    const OrbitCamera& camera() const
+    {
+        return _camera;
+    }
+
     /// The driver's name and version.
     QString driver() const
     {
