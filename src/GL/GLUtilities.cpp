@@ -180,20 +180,6 @@ int vrkGetMemory(void)
     return 0;
 }
 
-int bytesFromInternalFormat(unsigned internalFormat)
-{
-    switch (internalFormat)
-    {
-    case GL_UNSIGNED_SHORT:
-        return 2;
-    case GL_UNSIGNED_INT:
-        return 4;
-    default:
-        QMessageLogger().critical("bytesFromInternalFormat() does not implement yet : 0x%04X", internalFormat);
-        return 0;
-    }
-}
-
 namespace Harrow::Vrk
 {
 

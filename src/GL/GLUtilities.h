@@ -44,10 +44,14 @@ VRKGL_EXPORT void logGLFramebuffer(void);
 /// Placeholder of the export surface. Always 0.
 VRKGL_EXPORT int vrkGetMemory(void);
 
-/// Bytes of one index or texel of the given type or internal format. So far it knows the index types: 2 for
-/// `GL_UNSIGNED_SHORT`, 4 for `GL_UNSIGNED_INT`. Anything else gives 0 and the critical message
-/// "bytesFromInternalFormat() does not implement yet : 0x%04X", whatever the logging switch says.
+/// What a raw OpenGL internal format, as read back from a texture or a file, is made of: the bytes of one texel, and
+/// the format and type of a pixel transfer. Each knows a set of its own; anything else gives 0 and a critical message
+/// that names the function, "bytesFromInternalFormat() does not implement yet : 0x%04X", whatever the logging switch
+/// says. The index types `GL_UNSIGNED_SHORT` and `GL_UNSIGNED_INT` have bytes too. Compressed formats pass for plain
+/// ones of 8 bits with as many channels. Any thread, no context.
 VRKGL_EXPORT int bytesFromInternalFormat(unsigned internalFormat);
+VRKGL_EXPORT unsigned formatFromInternalFormat(unsigned internalFormat);
+VRKGL_EXPORT unsigned typeFromInternalFormat(unsigned internalFormat);
 
 namespace Harrow::Vrk
 {

@@ -28,7 +28,8 @@ protected:
     void TearDown() override;
 };
 
-/// For the suites of FakeDriver: forgets what the library cached of optional entry points.
+/// For the suites of FakeDriver: forgets what the library cached of optional entry points, and the texture units
+/// of all contexts.
 void resetCachedEntryPoints();
 
 } // namespace Harrow::Vrk::Test

@@ -10,6 +10,7 @@ void resetCachedEntryPoints()
 {
     BufferObjectTestAccess::resetEntryPoints();
     ShaderProgramTestAccess::resetEntryPoints();
+    TextureTestAccess::forgetContexts();
 }
 
 } // namespace Harrow::Vrk::Test

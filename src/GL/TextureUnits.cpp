@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "TextureUnits.h"
+
+#include "Diagnostics.h"
+#include "GLContextTracker.h"
+#include "GLFunctions.h"
+
+#include <QBasicMutex>
+#include <QMutexLocker>
+
+#include <atomic>
+
+namespace Harrow::Vrk
+{
+namespace
+{
+
+/// A record beside the context that it is for, in a list that only grows: it can be walked without the lock.
+struct ContextRecord
+{
+    void* context;
+    const ContextRecord* older;
+    TextureUnits units;
+};
+
+QBasicMutex recordsMutex;
+std::atomic<const ContextRecord*> newestRecord = nullptr;
+
+QHash<void*, ContextRecord*>& records()
+{
+    // Never destroyed: textures that outlive the library's own statics may still unbind. The records do not move
+    // either, since a thread uses its own one while another thread adds one.
+    static auto* const all = new QHash<void*, ContextRecord*>;
+    return *all;
+}
+
+ContextRecord* newRecord(void* context)
+{
+    auto* const record = new ContextRecord{context, newestRecord.load(), {}};
+    GLint maxUnits = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &maxUnits);
+    record->units.initilizeFreeTextureUnits(maxUnits, context);
+    newestRecord.store(record, std::memory_order_release);
+    return record;
+}
+
+} // namespace
+
+TextureUnits& TextureUnits::ofCurrentContext()
+{
+    void* const context = GLContextTracker::currentContext();
+    const QMutexLocker lock(&recordsMutex);
+    ContextRecord*& record = records()[context];
+    if (!record)
+        record = newRecord(context);
+    return record->units;
+}
+
+const TextureUnits* TextureUnits::findOfCurrentContext()
+{
+    void* const context = GLContextTracker::currentContext();
+    for (const auto* record = newestRecord.load(std::memory_order_acquire); record; record = record->older)
+        if (record->context == context)
+            return &record->units;
+    return nullptr;
+}
+
+void TextureUnits::forgetAll()
+{
+    const QMutexLocker lock(&recordsMutex);
+    newestRecord.store(nullptr);
+    qDeleteAll(records());
+    records().clear();
+}
+
+void TextureUnits::initilizeFreeTextureUnits(int maxUnits, const void* context)
+{
+    const TextureUnits& contextInfo = *this;
+    VRK_ASSERT(0 == contextInfo.maxTextureImageUnits,
+               "VrkTexture::initilizeFreeTextureUnits() : m_MaxTextureImageUnits is set for exisitng GL context, %p",
+               context);
+    maxTextureImageUnits = maxUnits;
+    for (unsigned unit = 0; static_cast<int>(unit) < maxUnits; ++unit)
+        freeTextureUnits.insert(unit, unit);
+}
+
+int TextureUnits::unitOf(unsigned texture) const
+{
+    const auto found = textureToUnitMaps.constFind(texture);
+    return found != textureToUnitMaps.constEnd() ? static_cast<int>(*found) : -1;
+}
+
+unsigned TextureUnits::take(unsigned texture)
+{
+    const unsigned unit = freeTextureUnits.lastKey();
+    freeTextureUnits.remove(unit);
+    textureToUnitMaps.insert(texture, unit);
+    boundTextureCounts.insert(texture, 1);
+    return unit;
+}
+
+void TextureUnits::release(unsigned texture)
+{
+    const unsigned unit = textureToUnitMaps.take(texture);
+    boundTextureCounts.remove(texture);
+    freeTextureUnits.insert(unit, unit);
+}
+
+} // namespace Harrow::Vrk
