@@ -115,12 +115,12 @@ protected:
         return program;
     }
 
-    /// Calls without where the driver was to put its answer.
+    /// Calls, with questions shown without where the answer was to be put.
     static QStringList withoutPlaces(QStringList calls)
     {
         for (QString& call : calls)
-            if (const qsizetype place = call.indexOf(QStringLiteral(", @")); place >= 0)
-                call = call.left(place) + QLatin1Char(')');
+            if (call.startsWith(QStringLiteral("glGetIntegerv(")))
+                call = call.left(call.indexOf(QLatin1Char(','))) + QLatin1Char(')');
         return calls;
     }
 

@@ -455,18 +455,20 @@ protected:
         ScriptedDriverTest::SetUp();
         Access::forgetContexts();
         script.storageBlocks = {"u_Other", "u_Block"};
-        EXPECT_TRUE(program.link());
-        ASSERT_EQ(program.getStorageBlockIndex(kBlockName), 1);
+        program.reset(new ShaderProgram);
+        EXPECT_TRUE(program->link());
+        ASSERT_EQ(program->getStorageBlockIndex(kBlockName), 1);
     }
 
     void TearDown() override
     {
+        program.reset();
         Access::forgetContexts();
     }
 
     QString storageBinding(int block, int binding) const
     {
-        return CallLog::call("glShaderStorageBlockBinding", program.shaderProgramID(), block, binding);
+        return CallLog::call("glShaderStorageBlockBinding", program->shaderProgramID(), block, binding);
     }
 
     static QString bindStorageBase(int binding, GLuint buffer)
@@ -474,7 +476,7 @@ protected:
         return bindBase(binding, buffer, GL_SHADER_STORAGE_BUFFER);
     }
 
-    ShaderProgram program;
+    QScopedPointer<ShaderProgram> program;
 };
 
 TEST_F(UniformBufferObjectStorageTest, TheProgramsStorageBlockIsPointedAtTheBuffer)
@@ -482,28 +484,28 @@ TEST_F(UniformBufferObjectStorageTest, TheProgramsStorageBlockIsPointedAtTheBuff
     const auto block = newBlock(newBlockBuffer(16, GL_SHADER_STORAGE_BUFFER));
     Access::storageRecord();
     CallLog calls;
-    EXPECT_TRUE(block->bind(&program));
+    EXPECT_TRUE(block->bind(program.data()));
     EXPECT_EQ(calls.list(), QStringList({bindStorageBase(0, 1), storageBinding(1, 0)}));
-    EXPECT_EQ(program.getStorageBlockBinding(1), 0u);
+    EXPECT_EQ(program->getStorageBlockBinding(1), 0u);
     calls.clear();
-    EXPECT_TRUE(block->bind(&program));
+    EXPECT_TRUE(block->bind(program.data()));
     EXPECT_EQ(calls.list(), QStringList());
-    EXPECT_TRUE(block->unbind(&program) && block->unbind(&program));
+    EXPECT_TRUE(block->unbind(program.data()) && block->unbind(program.data()));
     EXPECT_EQ(calls.list(), QStringList(bindStorageBase(0, 0)));
     EXPECT_EQ(Access::uniformRecord()._freeBindings.size(), 90) << "the uniform pool took no part";
 }
 
 TEST_F(UniformBufferObjectStorageTest, TheBlocksPresentBindingIsTakenWhenItIsFree)
 {
-    program.setStorageBlockBinding(1, 5);
+    program->setStorageBlockBinding(1, 5);
     const auto first = newBlock(newBlockBuffer(16, GL_SHADER_STORAGE_BUFFER));
     const auto second = newBlock(newBlockBuffer(16, GL_SHADER_STORAGE_BUFFER));
     Access::storageRecord();
     CallLog calls;
-    EXPECT_TRUE(first->bind(&program));
+    EXPECT_TRUE(first->bind(program.data()));
     EXPECT_EQ(calls.list(), QStringList(bindStorageBase(5, 1))) << "the program's state needs no change";
     calls.clear();
-    EXPECT_TRUE(second->bind(&program));
+    EXPECT_TRUE(second->bind(program.data()));
     EXPECT_EQ(calls.list(), QStringList({bindStorageBase(0, 2), storageBinding(1, 0)})) << "point 5 is taken";
     EXPECT_EQ(first->uniformBlockBinding(), 5);
 }
@@ -513,7 +515,7 @@ TEST_F(UniformBufferObjectStorageTest, AUniformBlockOfThatNameIsAnotherOne)
     const auto block = newBlock(newBlockBuffer()); // for uniform blocks
     Access::uniformRecord();
     CallLog calls;
-    EXPECT_TRUE(block->bind(&program));
+    EXPECT_TRUE(block->bind(program.data()));
     EXPECT_EQ(calls.list(), QStringList(bindBase(0, 1)));
 }
 
