@@ -10,8 +10,9 @@ namespace vrkview
 namespace
 {
 
-// The camera squares distances in single precision; beyond this the squares, and with them the picture, are lost.
+// Shaders square distances in single precision; outside of this the squares, and with them the picture, are lost.
 constexpr float kLargestRadius = 1.0e15f;
+constexpr float kSmallestRadius = 1.0e-15f;
 
 // Half as many directions as there are extremes: opposite directions share an axis.
 constexpr int kFittingAxes = 48;
@@ -132,6 +133,8 @@ QString Model::fault() const
 
     if (!(bounds.radius() < kLargestRadius) || !(bounds.center().length() < kLargestRadius))
         return QStringLiteral("its coordinates are too large to be drawn");
+    if (bounds.radius() > 0.0f && bounds.radius() < kSmallestRadius)
+        return QStringLiteral("it is too small to be drawn");
     return {};
 }
 

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vrkview
 {
@@ -105,6 +106,28 @@ QString sceneFault(const aiScene& scene)
         open.insert(open.end(), node->mChildren, node->mChildren + node->mNumChildren);
     }
     return {};
+}
+
+// The factor, a power of two and so without rounding, that brings the scene's largest coordinate to about 65536. The
+// importer's steps compare coordinates with fixed tolerances and square them in single precision: there they neither
+// join what is apart nor overflow, whatever unit the file was made in.
+float workingScale(const aiScene& scene)
+{
+    float largest = 0.0f;
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+        for (unsigned int vertex = 0; vertex < scene.mMeshes[i]->mNumVertices; ++vertex)
+            for (unsigned int axis = 0; axis < 3; ++axis)
+                largest = std::max(largest, std::abs(scene.mMeshes[i]->mVertices[vertex][axis]));
+    if (!(largest > std::numeric_limits<float>::min()) || !std::isfinite(largest))
+        return 1.0f;
+    return std::ldexp(1.0f, std::clamp(16 - std::ilogb(largest), -100, 100));
+}
+
+void scaleVertices(const aiScene& scene, float factor)
+{
+    for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
+        for (unsigned int vertex = 0; vertex < scene.mMeshes[i]->mNumVertices; ++vertex)
+            scene.mMeshes[i]->mVertices[vertex] *= factor;
 }
 
 QString importFault(const Assimp::Importer& importer)
@@ -306,7 +329,11 @@ const aiScene* import(Assimp::Importer& importer, const QString& path, QString& 
         error = sceneFault(*scene);
         if (!error.isEmpty())
             return nullptr;
+        const float scale = workingScale(*scene);
+        scaleVertices(*scene, scale);
         scene = importer.ApplyPostProcessing(kSteps);
+        if (scene)
+            scaleVertices(*scene, 1.0f / scale);
     }
     if (!scene)
         error = importFault(importer);

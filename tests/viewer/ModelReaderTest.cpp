@@ -261,6 +261,18 @@ TEST(ModelReaderTest, CoordinatesTooLargeToFrameAreRejected)
     expectRejected("a.ply", plyTriangle("-3e38 0 0\n3e38 0 0\n0 1 0\n"), QStringLiteral("too large"));
 }
 
+TEST(ModelReaderTest, CoordinatesTooSmallToSquareAreRejected)
+{
+    expectRejected("a.ply", plyTriangle("0 0 0\n1e-20 0 0\n0 1e-20 0\n"), QStringLiteral("too small"));
+}
+
+TEST(ModelReaderTest, SmallDetailsOfATinyModelAreNotJoined)
+{
+    const Model model = readBack("a.obj", "v 0 0 0\nv 1e-7 0 0\nv 0 1e-7 0\nv 1e-7 1e-7 0\nf 1 2 3\nf 2 4 3\n");
+    EXPECT_EQ(model.meshes[0].positions.size(), 4u);
+    EXPECT_NEAR(model.bounds.maximum.x(), 1.0e-7f, 1.0e-13f);
+}
+
 TEST(ModelReaderTest, ATransformThatOverflowsIsRejected)
 {
     QMatrix4x4 huge;

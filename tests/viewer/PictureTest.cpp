@@ -282,6 +282,23 @@ TEST(ViewerPictureTest, AFullTurnGivesTheSamePicture)
               2);
 }
 
+TEST(ViewerPictureTest, TheUnitOfAModelDoesNotMatter)
+{
+    // Without normals, so that making them is part of it. Powers of two keep the shape to the bit.
+    const ModelFolder folder;
+    const auto drawn = [&folder](int exponent)
+    {
+        const float scale = std::ldexp(1.0f, exponent);
+        TriangleSoup soup = boxSoup(QVector3D(0, 0, 0) * scale, QVector3D(3, 2, 1) * scale);
+        soup.normals.clear();
+        return drawWithViewer(QStringList{folder.write("a.obj", objFile(soup))} + kSmall);
+    };
+    const QImage picture = drawn(0);
+    expectFramed(picture);
+    for (const int exponent : {-45, -20, 20, 45})
+        expectAlike(picture, drawn(exponent), 1, qPrintable(QString::number(exponent)));
+}
+
 TEST(ViewerPictureTest, UpAxisZTurnsTheModel)
 {
     // A pole along z: seen from the front it is a dot as it is, and upright when z points up.

@@ -28,6 +28,7 @@ vec3 skyAndGround(vec3 direction)
 vec3 facingNormal(vec3 toEye)
 {
     vec3 plane = cross(dFdx(vo_Position), dFdy(vo_Position));
+    plane /= max(max(abs(plane.x), abs(plane.y)), abs(plane.z));    // or its square is lost in very small scenes
     plane *= dot(plane, toEye) < 0.0 ? -1.0 : 1.0;
     vec3 normal = dot(vo_Normal, vo_Normal) > 0.0 ? vo_Normal : plane;
     return normalize(dot(normal, plane) < 0.0 ? -normal : normal);
