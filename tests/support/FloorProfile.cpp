@@ -9,7 +9,7 @@ namespace Harrow::Vrk::Test
 namespace
 {
 
-// Direct state access goes with the version; the rest goes by name.
+// Mesa warns that some of these cannot be disabled, and leaves them out all the same.
 constexpr const char* kHiddenExtensions[] = {
     "GL_ARB_base_instance",
     "GL_ARB_bindless_texture",
