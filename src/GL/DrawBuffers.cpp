@@ -124,11 +124,6 @@ void DrawBuffers::setBaseVertex(int baseVertex)
     _baseVertex = baseVertex;
 }
 
-void DrawBuffers::setDrawIDBase(int drawIDBase)
-{
-    _drawIDBase = drawIDBase;
-}
-
 void DrawBuffers::setIndexBufferOffset(size_t indexBufferOffset)
 {
     _indexBufferOffset = indexBufferOffset;

@@ -74,7 +74,10 @@ public:
     void setBaseVertex(int baseVertex);
 
     /// Draw identifier of the first instance, or of the first sub-draw.
-    void setDrawIDBase(int drawIDBase);
+    void setDrawIDBase(int drawIDBase)
+    {
+        _drawIDBase = drawIDBase; // set before every draw
+    }
 
     /// Bytes into the index buffer. Ignored by sub-draws and by `drawInstanced`.
     void setIndexBufferOffset(size_t indexBufferOffset);
