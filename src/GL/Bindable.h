@@ -3,7 +3,8 @@
 
 /// \file
 /// The binding protocol. OpenGL's binding points are global, so a wrapper remembers whether it is bound: binding it
-/// twice or unbinding it unbound is reported and changes nothing, and no wrapper may be destroyed while bound.
+/// twice or unbinding it unbound is reported and changes nothing. Where a class counts binds instead, its header says
+/// so.
 
 #include "Export.h"
 
