@@ -6,18 +6,25 @@
 #include <VrkCore/RawMemory.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QResource>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <type_traits>
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
+#include <unistd.h>
+#endif
+#if defined(__linux__)
+#include <sys/fsuid.h>
 #endif
 
 namespace Harrow::Vrk
@@ -109,6 +116,31 @@ protected:
 };
 
 } // namespace
+
+// ---- the interface -------------------------------------------------------------------------------------------------
+
+#if defined(__GNUC__) && !defined(_WIN32)
+
+/// Where a virtual operation stands in its class's table. In the C++ ABI of these compilers a pointer to a virtual
+/// member holds the offset, on most processors with the lowest bit set.
+template <typename Function> std::size_t slotOf(Function function)
+{
+    std::array<std::uintptr_t, 2> words = {};
+    static_assert(sizeof(function) == sizeof(words));
+    std::memcpy(words.data(), &function, sizeof(words));
+    return (words[0] & ~std::uintptr_t(1)) / sizeof(void*);
+}
+
+TEST(MemoryInterface, SlotsAreDestructorSizeGetRelease)
+{
+    // The destructor takes two slots: with and without the freeing of the object.
+    EXPECT_EQ(slotOf(&Memory::size), 2u);
+    EXPECT_EQ(slotOf(&Memory::get), 3u);
+    EXPECT_EQ(slotOf(&Memory::release), 4u);
+    static_assert(std::has_virtual_destructor_v<Memory>);
+}
+
+#endif
 
 // ---- a caller's buffer ---------------------------------------------------------------------------------------------
 
@@ -318,7 +350,9 @@ TEST_F(MemoryMappedFiles, AResourceIsWritableInMemoryAndStaysAsItIs)
             MemoryMappedFile memory(where);
             EXPECT_EQ(memory.size(), quint64(before.size()));
             EXPECT_EQ(bytesAt(memory, 0, memory.size()), before);
-            std::memset(memory.get(0, 8), 0, 8);
+            void* const pointer = memory.get(0, 8);
+            ASSERT_NE(pointer, nullptr);
+            std::memset(pointer, 0, 8);
             EXPECT_EQ(bytesAt(memory, 0, 10), QByteArray(8, 0) + before.mid(8, 2));
             EXPECT_EQ(memory.get(0, memory.size() + 1), nullptr);
         }
@@ -384,6 +418,83 @@ TEST_F(MemoryMappedFiles, TheMappingEndsWithTheObject)
 #endif
 
 #if !defined(_WIN32)
+
+/// Reads files as somebody without privileges, for the length of a scope and on this thread, where the system has a
+/// way to do so: root may read everything.
+class WithoutPrivileges
+{
+public:
+    WithoutPrivileges()
+    {
+#if defined(__linux__)
+        if (geteuid() == 0)
+            setfsuid(kNobody);
+#endif
+    }
+    ~WithoutPrivileges()
+    {
+#if defined(__linux__)
+        if (geteuid() == 0)
+            setfsuid(0);
+#endif
+    }
+    WithoutPrivileges(const WithoutPrivileges&) = delete;
+    WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+private:
+    static constexpr unsigned kNobody = 65534;
+};
+
+class UnreadableFiles : public MemoryMappedFiles
+{
+protected:
+    static bool canRead(const QString& where)
+    {
+        return QFile(where).open(QIODevice::ReadOnly);
+    }
+
+    /// So that the other user reaches what is in the directory.
+    void SetUp() override
+    {
+        ASSERT_EQ(chmod(QFile::encodeName(_directory.path()).constData(), 0711), 0);
+    }
+};
+
+TEST_F(UnreadableFiles, HaveNoBytes)
+{
+    const QString where = writeDigits();
+    const QByteArray name = QFile::encodeName(where);
+    ASSERT_EQ(chmod(name.constData(), 0444), 0);
+    {
+        const WithoutPrivileges scope;
+        if (!canRead(where))
+            GTEST_SKIP() << "the temporary folder is closed to other users, so root cannot be kept from one file alone";
+        MemoryMappedFile memory(where);
+        EXPECT_EQ(memory.size(), 10u) << "the user may read other files there";
+    }
+    ASSERT_EQ(chmod(name.constData(), 0), 0);
+    const WithoutPrivileges scope;
+    if (canRead(where))
+        GTEST_SKIP() << "this system lets root read everything";
+    ASSERT_TRUE(QFileInfo(where).isFile()) << "it is seen, and its length known";
+    ASSERT_EQ(QFileInfo(where).size(), 10);
+    expectNothing(where);
+}
+
+TEST_F(UnreadableFiles, OfAClosedFolderHaveNoBytes)
+{
+    const QString where = writeDigits();
+    const QByteArray folder = QFile::encodeName(_directory.path());
+    ASSERT_EQ(chmod(folder.constData(), 0), 0);
+    {
+        const WithoutPrivileges scope;
+        if (!canRead(where))
+            expectNothing(where);
+        else
+            GTEST_SKIP() << "this system lets root read everything";
+    }
+    ASSERT_EQ(chmod(folder.constData(), 0700), 0);
+}
 
 TEST_F(MemoryMappedFiles, APipeIsNotWaitedFor)
 {

@@ -194,6 +194,38 @@ TEST_F(TextureGL, TwoContextsThatShareHaveUnitsOfTheirOwn)
     EXPECT_TRUE(other.unbind());
 }
 
+TEST_F(TextureGL, AfterAChangeOfTargetTheNameStaysOnTheOldOne)
+{
+    const int top = unitCount() - 1;
+    Texture texture(nullptr);
+    texture.setTarget(GL_TEXTURE_2D);
+    ASSERT_TRUE(texture.bind());
+    texture.setTarget(GL_TEXTURE_3D);
+    EXPECT_TRUE(texture.unbind());
+    EXPECT_EQ(nameOn(top, GL_TEXTURE_BINDING_2D), texture.textureID());
+    EXPECT_TRUE(Texture::isTextureUnitFree(unsigned(top)));
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+TEST_F(TextureGL, AWrapperOfAnOwnedNameSharesItsUnit)
+{
+    const int top = unitCount() - 1;
+    Texture owner(nullptr);
+    owner.create2D(GL_TEXTURE_2D, GL_R8, 8, 4);
+    Texture wrapper(owner.textureID(), nullptr);
+    wrapper.setTarget(GL_TEXTURE_2D);
+    ASSERT_TRUE(owner.bind());
+    ASSERT_TRUE(wrapper.bind());
+    EXPECT_EQ(wrapper.unit(), top);
+    EXPECT_EQ(wrapper.width(0), 8);
+    EXPECT_TRUE(owner.unbind());
+    EXPECT_TRUE(owner.isBound());
+    EXPECT_EQ(nameOn(top), owner.textureID());
+    EXPECT_TRUE(wrapper.unbind());
+    EXPECT_FALSE(owner.isBound());
+    EXPECT_EQ(nameOn(top), 0u);
+}
+
 // ---- life ----------------------------------------------------------------------------------------------------------
 
 TEST_F(TextureGL, AnOwnedNameIsGoneWithItsObjectAndAWrappedOneIsNot)
@@ -322,6 +354,38 @@ TEST_F(TextureGL, SolidColorIsReadBackAsItsTruncatedBytes)
     EXPECT_EQ(parameterOf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S), GL_REPEAT);
     EXPECT_EQ(parameterOf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T), GL_REPEAT);
     EXPECT_EQ(parameterOf(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL), 0);
+}
+
+TEST_F(TextureGL, WithoutAFreeUnitTheColourGoesToWhatTheActiveUnitHolds)
+{
+    const int count = unitCount();
+    std::vector<std::unique_ptr<Texture>> textures;
+    for (int i = 0; i < count; ++i)
+    {
+        textures.push_back(std::make_unique<Texture>(nullptr));
+        textures.back()->create2D(GL_TEXTURE_2D, GL_RGBA8, 8, 4);
+        ASSERT_TRUE(textures.back()->bind());
+    }
+    std::unique_ptr<Texture> color;
+    {
+        const LogCapture log;
+        color.reset(SolidColorTexture(1, 0, 0, 1));
+        EXPECT_EQ(log.messages(), QStringList(QStringLiteral("There is no available texture units")));
+    }
+    EXPECT_EQ(textures.back()->width(0), 1) << "the last bind left its unit active";
+    EXPECT_TRUE(textures.back()->unbind());
+    {
+        const AutoBinder binder(color.get());
+        EXPECT_EQ(color->width(0), 0) << "no storage";
+    }
+    textures.pop_back();
+    for (const auto& texture : textures)
+    {
+        EXPECT_TRUE(texture->bind());
+        EXPECT_EQ(texture->width(0), 8) << "the others are as they were";
+        EXPECT_TRUE(texture->unbind());
+        EXPECT_TRUE(texture->unbind());
+    }
 }
 
 } // namespace Harrow::Vrk::Test

@@ -6,6 +6,7 @@
 #include "GLFunctions.h"
 #include "GLUtilities.h"
 #include "TextureFormatNames.h"
+#include "TextureTestTools.h"
 #include "support/GLTest.h"
 #include "support/LogCapture.h"
 
@@ -250,6 +251,11 @@ TEST(RawFormats, MessagesAreWordForWord)
               QStringList({QStringLiteral("bytesFromInternalFormat() does not implement yet : 0x8D88"),
                            QStringLiteral("formatFromInternalFormat() does not implement yet : 0xABCDE"),
                            QStringLiteral("typeFromInternalFormat() does not implement yet : 0x001F")}));
+}
+
+TEST(RawFormats, MessagesDoNotObeyTheLoggingSwitch)
+{
+    EXPECT_TRUE(passesWithLoggingOff("RawFormats.MessagesAreWordForWord"));
 }
 
 TEST(RawFormats, GapsAreIndependentOfEachOther)

@@ -24,11 +24,58 @@ TEST(TextureLevels, TheLastOneIsThatOfTheLargerSide)
         EXPECT_EQ(lastMipLevel(row.width, row.height), row.last) << row.width << " x " << row.height;
 }
 
+TEST(TextureLevels, BelowTheReachOfSinglePrecisionTheyAreExactButForTwo)
+{
+    int exact = 0;
+    for (int size = 1; size < (1 << 21) - 1; ++size)
+    {
+        if (size >> (exact + 1))
+            ++exact;
+        const bool odd = size == 8192 || size == 32768;
+        ASSERT_EQ(lastMipLevel(size, 1), odd ? exact - 1 : exact) << size;
+    }
+}
+
 TEST(TextureLevels, SinglePrecisionIsPartOfTheResult)
 {
-    EXPECT_EQ(lastMipLevel(8192, 1), 12) << "logf(8192) / logf(2) is just below 13";
-    EXPECT_EQ(lastMipLevel(32768, 1), 14);
-    EXPECT_EQ(lastMipLevel(2097151, 1), 21) << "just below 2^21";
+    struct
+    {
+        int size, last;
+    } const rows[] = {
+        // Powers of two whose quotient of logarithms is just below the whole number, and what rounds to them.
+        {8192, 12},
+        {32768, 14},
+        {67108863, 25},
+        {67108864, 25},
+        {67108868, 25},
+        {67108869, 26},
+        {1073741823, 29},
+        {1073741824, 29},
+        {1073741888, 29},
+        {1073741889, 30},
+        // The sizes just below a power of two that count as that power; the last one before them is exact.
+        {1048575, 19},
+        {2097150, 20},
+        {2097151, 21},
+        {4194302, 21},
+        {4194303, 22},
+        {8388600, 22},
+        {8388601, 23},
+        {16777200, 23},
+        {16777201, 24},
+        {33554417, 24},
+        {33554418, 25},
+        {134217540, 26},
+        {134217541, 27},
+        {268435208, 27},
+        {268435209, 28},
+        {536870672, 28},
+        {536870673, 29},
+        {2147480640, 30},
+        {2147480641, 31},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(lastMipLevel(row.size, 1), row.last) << row.size;
 }
 
 TEST(TextureLevels, SizesWithoutALogarithmHaveNone)

@@ -75,6 +75,38 @@ TEST_F(TextureStorageTest, SetSizeOfAnotherLevelIsReportedAndRecordsNothing)
     }
 }
 
+TEST_F(TextureStorageTest, SetSizeOfAnotherLevelIsReportedLastAndKeepsWhatIsRecorded)
+{
+    Texture texture(GL_TEXTURE_2D, GL_RG8, 8, 16, 2, nullptr);
+    QStringList expected = failure("0 == _internalFormat", "Texture internal format has already been set") +
+                           failure("0 == _width", "Texture width has already been set") +
+                           failure("0 == _height", "Texture height has already been set") +
+                           failure("level == 0", "Only call setSize() for the base LOD of the texture");
+    LogCapture log;
+    texture.setSize(1, GL_R8, 4, 4, 1);
+    EXPECT_EQ(log.messages(QtCriticalMsg), expected);
+    log.clear();
+    texture.setReadOnly();
+    texture.setSize(2, GL_R8, 4, 4, 1);
+    expected.prepend(readOnlyLine());
+    EXPECT_EQ(log.messages(QtCriticalMsg), expected);
+    EXPECT_EQ(Access::recorded(texture), (Recorded{GL_RG8, 8, 16, 2}));
+    EXPECT_EQ(Access::maxLevel(texture), 4);
+}
+
+TEST_F(TextureStorageTest, SetSizeOfAnotherLevelOfAReadOnlyTextureRecordsNothing)
+{
+    Texture texture(nullptr);
+    texture.setReadOnly();
+    const LogCapture log;
+    texture.setSize(1, GL_R8, 4, 4, 1);
+    EXPECT_EQ(log.messages(QtCriticalMsg),
+              QStringList(readOnlyLine()) +
+                  failure("level == 0", "Only call setSize() for the base LOD of the texture"));
+    EXPECT_EQ(Access::recorded(texture), kNothing);
+    EXPECT_EQ(Access::maxLevel(texture), 0);
+}
+
 TEST_F(TextureStorageTest, SetSizeAgainIsReportedInOrderAndOverwrites)
 {
     Texture texture(nullptr);
@@ -236,7 +268,14 @@ TEST_F(TextureStorageTest, AnotherTargetIsReportedAndUsed)
         texture.create3D(GL_TEXTURE_2D, GL_R8, 8, 4, 2);
         EXPECT_EQ(log.messages(QtCriticalMsg),
                   lineOf("target == GL_TEXTURE_2D_ARRAY || target == GL_TEXTURE_3D", 0xDE1));
-        EXPECT_EQ(calls.count(QStringLiteral("glTexImage3D")), 1);
+        EXPECT_EQ(calls.list(), QStringList({activate(3), bindName(texture.textureID()),
+                                             parameter(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST),
+                                             parameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST),
+                                             CallLog::call("glTexImage3D", GL_TEXTURE_2D, 0, GL_R8, 8, 4, 2, 0, GL_RED,
+                                                           GL_UNSIGNED_BYTE, nullptr),
+                                             activate(3), bindName(0)}));
+        EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_2D));
+        EXPECT_EQ(Access::recorded(texture), (Recorded{GL_R8, 8, 4, 2}));
     }
     {
         Texture texture(nullptr);
@@ -249,6 +288,8 @@ TEST_F(TextureStorageTest, AnotherTargetIsReportedAndUsed)
                                parameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST),
                                CallLog::call("glTexImage2DMultisample", GL_TEXTURE_2D, 2, GL_R8, 8, 4, GL_TRUE)}))
             << "only the multisample target goes without filters";
+        EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_2D));
+        EXPECT_EQ(Access::recorded(texture), kNothing);
     }
     {
         Texture texture(nullptr);
@@ -256,26 +297,60 @@ TEST_F(TextureStorageTest, AnotherTargetIsReportedAndUsed)
         const LogCapture log;
         texture.create3DMultisample(GL_TEXTURE_3D, GL_R8, 8, 4, 2, 2);
         EXPECT_EQ(log.messages(QtCriticalMsg), lineOf("target == GL_TEXTURE_2D_MULTISAMPLE_ARRAY", 0x806F));
-        EXPECT_EQ(calls.count(QStringLiteral("glTexParameteri")), 2);
-        EXPECT_EQ(calls.count(QStringLiteral("glTexImage3DMultisample")), 1);
+        EXPECT_EQ(calls.list(),
+                  QStringList({activate(3), bindName(texture.textureID(), GL_TEXTURE_3D),
+                               parameter(GL_TEXTURE_3D, GL_TEXTURE_MAG_FILTER, GL_NEAREST),
+                               parameter(GL_TEXTURE_3D, GL_TEXTURE_MIN_FILTER, GL_NEAREST),
+                               CallLog::call("glTexImage3DMultisample", GL_TEXTURE_3D, 2, GL_R8, 8, 4, 2, GL_TRUE),
+                               activate(3), bindName(0, GL_TEXTURE_3D)}));
+        EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_3D));
+        EXPECT_EQ(Access::recorded(texture), kNothing);
     }
 }
 
-TEST_F(TextureStorageTest, CreationOfAReadOnlyTextureIsReportedAndDone)
+TEST_F(TextureStorageTest, CreationOfAReadOnlyTextureIsReportedForTargetAndSizeAndDone)
+{
+    const QStringList expected({readOnlyLine(), readOnlyLine()});
+    {
+        Texture texture(nullptr);
+        texture.setReadOnly();
+        const CallLog calls;
+        const LogCapture log;
+        texture.create2D(GL_TEXTURE_2D, GL_R8, 8, 4);
+        EXPECT_EQ(log.messages(QtCriticalMsg), expected);
+        EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_2D));
+        EXPECT_EQ(Access::recorded(texture), (Recorded{GL_R8, 8, 4, 1}));
+        EXPECT_EQ(calls.count(QStringLiteral("glTexImage2D")), 1);
+    }
+    {
+        Texture texture(nullptr);
+        texture.setReadOnly();
+        const CallLog calls;
+        const LogCapture log;
+        texture.create3D(GL_TEXTURE_2D_ARRAY, GL_R8, 8, 4, 2);
+        EXPECT_EQ(log.messages(QtCriticalMsg), expected);
+        EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_2D_ARRAY));
+        EXPECT_EQ(Access::recorded(texture), (Recorded{GL_R8, 8, 4, 2}));
+        EXPECT_EQ(calls.count(QStringLiteral("glTexImage3D")), 1);
+    }
+}
+
+TEST_F(TextureStorageTest, MultisampleCreationOfAReadOnlyTextureIsReportedForTheTargetAloneAndDone)
 {
     Texture texture(nullptr);
     texture.setReadOnly();
     const CallLog calls;
     LogCapture log;
-    texture.create2D(GL_TEXTURE_2D, GL_R8, 8, 4);
-    EXPECT_EQ(log.messages(QtCriticalMsg), QStringList({readOnlyLine(), readOnlyLine()}))
-        << "for the target and for the size";
-    EXPECT_EQ(Access::recorded(texture), (Recorded{GL_R8, 8, 4, 1}));
-    EXPECT_EQ(calls.count(QStringLiteral("glTexImage2D")), 1);
+    texture.create2DMultisample(GL_TEXTURE_2D_MULTISAMPLE, GL_R8, 8, 4, 2);
+    EXPECT_EQ(log.messages(QtCriticalMsg), QStringList(readOnlyLine()));
+    EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_2D_MULTISAMPLE));
+    EXPECT_EQ(calls.count(QStringLiteral("glTexImage2DMultisample")), 1);
     log.clear();
     texture.create3DMultisample(GL_TEXTURE_2D_MULTISAMPLE_ARRAY, GL_R8, 8, 4, 2, 2);
-    EXPECT_EQ(log.messages(QtCriticalMsg), QStringList(readOnlyLine())) << "for the target alone";
+    EXPECT_EQ(log.messages(QtCriticalMsg), QStringList(readOnlyLine()));
+    EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_2D_MULTISAMPLE_ARRAY));
     EXPECT_EQ(calls.count(QStringLiteral("glTexImage3DMultisample")), 1);
+    EXPECT_EQ(Access::recorded(texture), kNothing);
 }
 
 TEST_F(TextureStorageTest, CreatingAgainReportsWhatWasRecorded)
@@ -469,6 +544,25 @@ TEST_F(TextureStorageTest, SolidColorMakesOneTexelAndRestoresTheAlignment)
                      parameter(target, GL_TEXTURE_BASE_LEVEL, 0), parameter(target, GL_TEXTURE_MAX_LEVEL, 0),
                      CallLog::call("glPixelStorei", GL_UNPACK_ALIGNMENT, 8), activate(3), bindName(0)}));
     EXPECT_EQ(log.texts(), QStringList());
+}
+
+TEST_F(TextureStorageTest, SolidColorWithoutAFreeUnitWarnsAndGoesOn)
+{
+    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 0);
+    driver.setInteger(GL_UNPACK_ALIGNMENT, 8);
+    makeRecord();
+    const CallLog calls;
+    const LogCapture log;
+    const std::unique_ptr<Texture> texture(SolidColorTexture(1, 0, 0, 1));
+    ASSERT_NE(texture, nullptr);
+    EXPECT_EQ(log.messages(), QStringList(QStringLiteral("There is no available texture units")));
+    EXPECT_EQ(calls.list().size(), 11) << "all but activating and binding";
+    EXPECT_EQ(calls.named({QStringLiteral("glActiveTexture"), QStringLiteral("glBindTexture")}), QStringList());
+    EXPECT_EQ(calls.count(QStringLiteral("glTexImage2D")), 1);
+    EXPECT_EQ(calls.list().last(), CallLog::call("glPixelStorei", GL_UNPACK_ALIGNMENT, 8));
+    EXPECT_NE(texture->textureID(), 0u);
+    EXPECT_EQ(texture->target(), GLenum(GL_TEXTURE_2D));
+    EXPECT_FALSE(texture->isBound());
 }
 
 TEST_F(TextureStorageTest, SolidColorRecordsNoSizeAndHasNoParent)

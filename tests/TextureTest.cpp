@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Texture on the fake driver: its life, its binds, and the units of contexts.
+// Texture on the fake driver: its life and its binds.
 #include "Texture.h"
 
 #include "AutoBinder.h"
@@ -304,10 +304,14 @@ TEST_F(TextureTest, AnAutoBinderWithoutAUnitUnbindsNothing)
 {
     driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 0);
     const auto texture = newTexture();
+    makeRecord();
+    const CallLog calls;
     const LogCapture log;
     {
         const AutoBinder binder(texture.get());
+        EXPECT_FALSE(texture->isBound());
     }
+    EXPECT_EQ(calls.list(), QStringList());
     EXPECT_EQ(log.messages(), QStringList(QStringLiteral("There is no available texture units")));
 }
 
@@ -428,6 +432,53 @@ TEST_F(TextureTest, TwoWrappersOfOneNameShareUnitAndCount)
     EXPECT_FALSE(first.isBound());
 }
 
+TEST_F(TextureTest, OfTwoWrappersTheOneThatUnbindsLastEmptiesItsOwnTarget)
+{
+    Texture first(9u, nullptr);
+    Texture second(9u, nullptr);
+    first.setTarget(GL_TEXTURE_2D);
+    second.setTarget(GL_TEXTURE_3D);
+    makeRecord();
+    const CallLog calls;
+    EXPECT_TRUE(first.bind());
+    EXPECT_TRUE(second.bind());
+    EXPECT_TRUE(first.unbind());
+    EXPECT_TRUE(second.unbind());
+    EXPECT_EQ(calls.list(), QStringList({activate(3), bindName(9), activate(3), activate(3), activate(3),
+                                         bindName(0, GL_TEXTURE_3D)}));
+}
+
+TEST_F(TextureTest, AWrapperThatGoesWhileBoundLeavesItsBindToTheOthers)
+{
+    auto first = std::make_unique<Texture>(9u, nullptr);
+    Texture second(9u, nullptr);
+    first->setTarget(GL_TEXTURE_2D);
+    second.setTarget(GL_TEXTURE_2D);
+    first->bind();
+    first.reset();
+    EXPECT_TRUE(second.isBound());
+    EXPECT_EQ(second.unit(), 3);
+    EXPECT_TRUE(second.unbind());
+    EXPECT_TRUE(Texture::isTextureUnitFree(3));
+}
+
+TEST_F(TextureTest, AfterAChangeOfTargetUnbindEmptiesTheNewOne)
+{
+    const auto texture = newTexture(GL_TEXTURE_2D);
+    makeRecord();
+    const CallLog calls;
+    const LogCapture log;
+    EXPECT_TRUE(texture->bind());
+    texture->setTarget(GL_TEXTURE_CUBE_MAP);
+    EXPECT_TRUE(texture->isBound());
+    EXPECT_EQ(texture->unit(), 3);
+    EXPECT_TRUE(texture->unbind());
+    EXPECT_EQ(calls.list(),
+              QStringList({activate(3), bindName(1, GL_TEXTURE_2D), activate(3), bindName(0, GL_TEXTURE_CUBE_MAP)}));
+    EXPECT_TRUE(Texture::isTextureUnitFree(3));
+    EXPECT_EQ(log.texts(), QStringList());
+}
+
 TEST_F(TextureTest, AUnitHeldAtDestructionIsNotGivenBack)
 {
     auto texture = newTexture();
@@ -441,63 +492,79 @@ TEST_F(TextureTest, AUnitHeldAtDestructionIsNotGivenBack)
     EXPECT_EQ(next->unit(), 2);
 }
 
-TEST_F(TextureTest, FreeUnitsAreThoseOfARecordThatExists)
+TEST_F(TextureTest, ANameDestroyedWhileBoundAndGivenOutAgainCountsAsBound)
 {
+    driver.replace(
+        "glGenTextures", +[](GLsizei, GLuint* names) { names[0] = 5; });
+    driver.load();
+    auto former = newTexture();
+    former->bind();
+    former.reset();
     const auto texture = newTexture();
-    const CallLog calls;
-    EXPECT_FALSE(Texture::isTextureUnitFree(0)) << "no record yet";
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), nullptr) << "and none is made";
-    EXPECT_EQ(calls.list(), QStringList());
-    texture->bind();
-    EXPECT_TRUE(Texture::isTextureUnitFree(0));
-    EXPECT_TRUE(Texture::isTextureUnitFree(2));
-    EXPECT_FALSE(Texture::isTextureUnitFree(3));
-    EXPECT_FALSE(Texture::isTextureUnitFree(4)) << "there is no such unit";
-    texture->unbind();
-    EXPECT_TRUE(Texture::isTextureUnitFree(3));
+    ASSERT_EQ(texture->textureID(), 5u);
+    CallLog calls;
+    EXPECT_TRUE(texture->isBound());
+    EXPECT_TRUE(texture->bind());
+    EXPECT_EQ(calls.list(), QStringList(activate(3))) << "nothing is bound, though OpenGL has emptied the unit";
+    EXPECT_EQ(TextureUnits::ofCurrentContext().boundTextureCounts, (QHash<unsigned, int>{{5, 2}}));
+    calls.clear();
+    EXPECT_TRUE(texture->unbind());
+    EXPECT_TRUE(texture->unbind());
+    EXPECT_EQ(calls.list(), QStringList({activate(3), activate(3), bindName(0)}));
+    EXPECT_TRUE(Texture::isTextureUnitFree(3)) << "and so the unit comes back";
 }
 
-TEST_F(TextureTest, NoUnitIsFreeInAnEmptyRecord)
-{
-    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 0);
-    makeRecord();
-    EXPECT_FALSE(Texture::isTextureUnitFree(0));
-}
+// ---- the logging switch --------------------------------------------------------------------------------------------
 
-TEST_F(TextureTest, MaxTextureUnitsMakesTheRecord)
+TEST_F(TextureTest, WithTheSwitchOnlyTheMessagesGoAndNotTheResults)
 {
-    const Texture texture(nullptr);
-    EXPECT_EQ(Access::maxTextureUnits(texture), kUnits);
-    EXPECT_NE(TextureUnits::findOfCurrentContext(), nullptr);
-}
-
-TEST_F(TextureTest, ContextsHaveUnitsAndCountsOfTheirOwn)
-{
-    const auto first = newTexture();
-    const auto second = newTexture();
-    int other = 0;
-    first->bind();
-    second->bind();
-
-    driver.setContext(&other);
-    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 2);
-    EXPECT_FALSE(Texture::isTextureUnitFree(0)) << "this context has no record yet";
-    EXPECT_FALSE(second->isBound());
+    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 1);
+    Texture texture(nullptr);
+    const LogCapture log;
     {
-        const LogCapture log;
-        EXPECT_FALSE(second->unbind());
+        const Texture wrapper(0u, nullptr);
     }
-    const CallLog calls;
-    EXPECT_TRUE(second->bind());
-    EXPECT_EQ(calls.list(), QStringList({activate(1), bindName(2)}));
-    EXPECT_EQ(second->unit(), 1);
-    EXPECT_TRUE(second->unbind());
-    EXPECT_FALSE(second->isBound());
+    EXPECT_FALSE(texture.bind());
+    EXPECT_FALSE(texture.unbind());
+    EXPECT_FALSE(texture.isBound());
+    EXPECT_EQ(texture.unit(), -1);
+    EXPECT_EQ(texture.width(0), -1);
+    texture.setTarget(GL_TEXTURE_2D);
+    EXPECT_FALSE(texture.unbind());
+    EXPECT_EQ(texture.depth(0), -1);
+    const auto other = newTexture();
+    EXPECT_TRUE(other->bind());
+    EXPECT_FALSE(texture.bind());
+    EXPECT_TRUE(other->unbind());
+    texture.setReadOnly();
+    texture.setTarget(GL_TEXTURE_3D);
+    EXPECT_EQ(texture.target(), GLenum(GL_TEXTURE_3D));
+    texture.setSize(1, GL_R8, 4, 4, 1);
+    EXPECT_EQ(Access::recorded(texture), kNothing);
+    Texture stencil(nullptr);
+    stencil.create2D(GL_TEXTURE_3D, GL_DEPTH24_STENCIL8, 8, 4);
+    EXPECT_EQ(Access::recorded(stencil), (Recorded{GL_DEPTH24_STENCIL8, 8, 4, 1}));
 
-    driver.setContext(&driver);
-    EXPECT_TRUE(second->isBound());
-    EXPECT_EQ(second->unit(), 2);
-    EXPECT_EQ(first->unit(), 3);
+    const QString always = QStringLiteral("typeFromInternalFormat() does not implement yet : 0x88F0");
+    const QStringList all =
+        failure("textureID != 0", "Texture ID was zero, can't wrap a non-existent texture") +
+        failure("0u != this->_textureID", "Texture is NULL on destroy") +
+        failure("0u != this->_target", "Texture Target is not set on bind") +
+        failure("0u != this->_target", "Texture Target is not set on unbind") +
+        failure("0u != this->_target", "Texture Target is not set on unbind") +
+        failure("0u != this->_target", "Texture Target is not set on unit()") +
+        failure("0u != this->_target", "Texture target is not set on internalFormat()") +
+        failure("contextInfo.textureToUnitMaps.contains(this->_textureID)", "Texture has not been bound on unbind") +
+        failure("this->isBound()", "Texture target is not bound") +
+        QStringList({QStringLiteral("There is no available texture units"), readOnlyLine(), readOnlyLine()}) +
+        failure("level == 0", "Only call setSize() for the base LOD of the texture") +
+        failure("target == GL_TEXTURE_2D", "Target 0x806F is not allowed.") + QStringList(always);
+    EXPECT_EQ(log.messages(), isLoggingSwitchedOff() ? QStringList(always) : all);
+}
+
+TEST_F(TextureTest, WithLoggingOffOnlyWhatDoesNotObeyTheSwitchIsSaid)
+{
+    EXPECT_TRUE(passesWithLoggingOff("TextureTest.WithTheSwitchOnlyTheMessagesGoAndNotTheResults"));
 }
 
 } // namespace Harrow::Vrk::Test

@@ -2,8 +2,8 @@
 #pragma once
 
 /// \file
-/// What the suites of textures on the fake driver share: a driver with four texture image units, and small helpers
-/// around call lists.
+/// What the suites of textures share: a fake driver with four texture image units, small helpers around call lists, and
+/// runs with the logging switch off.
 
 #include "Texture.h"
 
@@ -13,6 +13,9 @@
 #include "support/LogCapture.h"
 #include "support/TestAccess.h"
 
+#include <QCoreApplication>
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -51,6 +54,32 @@ inline QString bindName(GLuint name, GLenum target = GL_TEXTURE_2D)
 inline QString parameter(GLenum target, GLenum name, GLint value)
 {
     return CallLog::call("glTexParameteri", target, name, value);
+}
+
+/// Whether this process was started with the switch off. Not asked of the library, which is under test.
+inline bool isLoggingSwitchedOff()
+{
+    return qEnvironmentVariable("VRK_ENABLE_LOGGING") == QStringLiteral("0");
+}
+
+/// Runs one test of this program in a process of its own with the switch off, since a process reads it only once.
+inline testing::AssertionResult passesWithLoggingOff(const char* test)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("VRK_ENABLE_LOGGING"), QStringLiteral("0"));
+    for (const char* const name :
+         {"GTEST_OUTPUT", "GTEST_SHARD_INDEX", "GTEST_TOTAL_SHARDS", "GTEST_SHARD_STATUS_FILE"})
+        environment.remove(QString::fromLatin1(name));
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--gtest_filter=") + QLatin1String(test)});
+    const bool ended = process.waitForFinished(60000);
+    const QByteArray output = process.readAll();
+    if (ended && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0 &&
+        output.contains("[  PASSED  ] 1 test."))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << test << ": " << output.toStdString();
 }
 
 class TextureFixture : public FakeDriverTest

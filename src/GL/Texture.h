@@ -17,20 +17,25 @@ namespace Harrow::Vrk
 /// Everything but the plain queries needs the texture's context current, or one that shares with it, on the calling
 /// thread.
 ///
-/// **Units.** Each context has a pool of `GL_MAX_TEXTURE_IMAGE_UNITS` units. The first bind of a name in a context
-/// takes the highest free unit, further binds are counted, and the unit is free again after as many unbinds. The books
-/// are kept for each pair of context and name: two objects that wrap one name share unit and count. A texture that is
-/// destroyed while bound leaves its unit taken, and its name bound in the books.
+/// **Units.** Each context has a pool of `GL_MAX_TEXTURE_IMAGE_UNITS` units, at most 1024 of them. The first bind of a
+/// name in a context takes the highest free unit, further binds are counted, and the unit is free again after as many
+/// unbinds. The books are kept for each pair of context and name: two objects that wrap one name share unit and count.
+/// A texture that is destroyed while bound leaves its unit taken, and its name bound in the books: if OpenGL gives that
+/// name out again, the new texture counts as bound already, and its bind binds nothing.
 ///
 ///     const AutoBinder binder(texture);
 ///     program->setUniform(samplerLocation, texture->unit());
+///
+/// The first `bind`, `unbind`, `isBound`, `unit` or level query in a context opens its books with one query of that
+/// limit; what fails for want of a name or target opens none. The books outlive the context: another one that comes to
+/// the same address goes on with them, so unbind everything before a context goes.
 ///
 /// **Recorded and real size.** The size and internal format that `setSize`, the full constructor, `create2D` and
 /// `create3D` record serve the library alone, and can be set once. `width` and its kin ask OpenGL. The multisample
 /// forms record nothing.
 ///
-/// Every precondition is an assertion. Where a function has a result a broken one gives false or -1 and no OpenGL call;
-/// the others report and go on, so that also a read-only texture is changed by whoever ignores the report.
+/// Every precondition is an assertion. Where a function has a result a broken one gives false or -1 and changes
+/// nothing; the others report and go on, so that also a read-only texture is changed by whoever ignores the report.
 class VRKGL_EXPORT Texture : public QObject, public Bindable
 {
     Q_OBJECT
@@ -46,19 +51,34 @@ public:
     /// Wraps `textureID`, which somebody else owns. No target yet, no size. 0 is reported.
     Texture(unsigned textureID, QObject* parent);
 
-    /// Deletes the name if this object generated it.
+    /// Deletes the name if this object generated it; at process exit no OpenGL call is made. Gives no unit back. An
+    /// object without a name is reported.
     ~Texture() override;
+
+    /// Make undefined storage for the base level, with nearest filtering, and record its size: `create2D` for
+    /// `GL_TEXTURE_2D`, `create3D` for `GL_TEXTURE_2D_ARRAY` and `GL_TEXTURE_3D`. Another target is reported and
+    /// used. The transfer format and type are those of `formatFromInternalFormat` and `typeFromInternalFormat`; where
+    /// these know none, they say so and OpenGL refuses the call. Bind for their own length only. When that bind fails,
+    /// which it reports, they go on, and change what the active unit holds. Return this object.
+    Texture& create2D(unsigned target, int internalFormat, int width, int height);
+    Texture& create3D(unsigned target, int internalFormat, int width, int height, int depth);
+
+    /// The same with `samples` samples for each texel at fixed locations, for `GL_TEXTURE_2D_MULTISAMPLE` and
+    /// `GL_TEXTURE_2D_MULTISAMPLE_ARRAY`. Record neither size nor internal format, which stay 0, and set no filter.
+    Texture& create2DMultisample(unsigned target, int internalFormat, int width, int height, int samples);
+    Texture& create3DMultisample(unsigned target, int internalFormat, int width, int height, int depth, int samples);
 
     /// Binds to the target on the texture's unit and leaves that unit active. A texture that has a unit already is not
     /// bound again. False without name or target, and with the warning "There is no available texture units" (guarded)
     /// when all are taken.
     bool bind() override;
 
-    /// Takes one bind back and leaves the texture's unit active; with the last one the target on that unit is empty and
-    /// the unit free. False if the texture is not bound in this context.
+    /// Takes one bind back and leaves the texture's unit active. The last one empties the target on that unit and frees
+    /// the unit. The target is that of now: after a `setTarget` in between, the name stays where it was bound. Without
+    /// name or target, or unbound in this context, it is reported and false.
     bool unbind() override;
 
-    /// Target of later binds, `GL_TEXTURE_2D` and its kin.
+    /// Target of later binds, unbinds and level queries, `GL_TEXTURE_2D` and its kin. Set it while unbound.
     void setTarget(unsigned target);
 
     /// Records size and internal format of the base level, once; a second time is reported and overwrites. Any `level`
@@ -68,19 +88,6 @@ public:
     /// Forbids every further change, for good.
     void setReadOnly();
 
-    /// Make undefined storage for the base level, with nearest filtering, and record its size: `create2D` for
-    /// `GL_TEXTURE_2D`, `create3D` for `GL_TEXTURE_2D_ARRAY` and `GL_TEXTURE_3D`. Another target is reported and
-    /// used. The transfer format and type are those of `formatFromInternalFormat` and `typeFromInternalFormat`; where
-    /// these know none, they say so and OpenGL refuses the call. Bind for their own length only; when no unit is free,
-    /// what the active unit holds is changed instead. Return this object.
-    Texture& create2D(unsigned target, int internalFormat, int width, int height);
-    Texture& create3D(unsigned target, int internalFormat, int width, int height, int depth);
-
-    /// The same with `samples` samples for each texel at fixed locations, for `GL_TEXTURE_2D_MULTISAMPLE` and
-    /// `GL_TEXTURE_2D_MULTISAMPLE_ARRAY`. Record neither size nor internal format, which stay 0, and set no filter.
-    Texture& create2DMultisample(unsigned target, int internalFormat, int width, int height, int samples);
-    Texture& create3DMultisample(unsigned target, int internalFormat, int width, int height, int depth, int samples);
-
     unsigned target() const;
     unsigned textureID() const;
     bool isReadOnly() const;
@@ -88,10 +95,12 @@ public:
     /// Whether this object generated its name and deletes it.
     bool isManaged() const;
 
-    /// Whether the texture holds a unit in the current context. False without name or target.
+    /// Whether the texture's name holds a unit in the current context. Unbound is no failure; without name or target it
+    /// is reported, in the words of `unbind`, and false.
     bool isBound() const;
 
-    /// The unit that it holds in the current context, for a sampler uniform; -1 if it holds none.
+    /// The unit that its name holds in the current context, for a sampler uniform. If it holds none, or without name or
+    /// target, that is reported and -1.
     int unit() const;
 
     /// What OpenGL says of a level, in texels; of a cube map's, what it says of the positive X face. The texture must
@@ -101,10 +110,12 @@ public:
     int depth(int level) const;
     int internalFormat(int level) const;
 
-    /// Whether `unit` is free in the current context. False also before the first bind in this context.
+    /// Whether `unit` is free in the current context. False also while this context has no books yet: it opens none,
+    /// and takes no lock.
     static bool isTextureUnitFree(unsigned unit);
 
-    /// Number of living objects.
+    /// Number of living objects. A plain counter: exact only if one thread, or one at a time, makes and destroys
+    /// textures.
     static int NumAlive();
 
 private:
@@ -131,7 +142,8 @@ private:
 
 /// A texture of one texel in `GL_RGBA`, repeating and with nearest filtering. Each component is brought to a byte by
 /// truncation of its 255-fold, neither rounded nor clamped: beyond 0 to 1 it wraps around. No parent: the caller owns
-/// it. Records no size. Leaves the unpack alignment as it was.
+/// it. Records no size. Leaves the unpack alignment as it was. When no unit is free, that is reported and the texel
+/// goes to what the active unit holds; the texture that is returned has no storage then.
 VRKGL_EXPORT Texture* SolidColorTexture(float r, float g, float b, float a);
 
 } // namespace Harrow::Vrk

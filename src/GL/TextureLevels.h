@@ -11,8 +11,9 @@
 namespace Harrow::Vrk
 {
 
-/// Index of the last level of a full chain; depth plays no part. Single precision is part of the result: 8192 and 32768
-/// have one level less than they should, and sizes just below 2^21 and larger powers of two count as that power.
+/// Index of the last level of a full chain; depth plays no part. Single precision is part of the result: 2^13, 2^15,
+/// 2^26 and 2^30 (with the next sizes above the last two, which round to them) have one level less than they should,
+/// and sizes just below each other power of two from 2^21 on count as that power.
 inline int lastMipLevel(int width, int height)
 {
     const int largest = std::max(width, height);

@@ -23,22 +23,6 @@ unsigned char toByte(float component)
 
 } // namespace
 
-void Texture::setSize(int level, int internalFormat, int width, int height, int depth)
-{
-    VRK_ASSERT(false == _readonly, "Not allowed to change a readonly texture");
-    VRK_ASSERT(0 == _internalFormat, "Texture internal format has already been set");
-    VRK_ASSERT(0 == _width, "Texture width has already been set");
-    VRK_ASSERT(0 == _height, "Texture height has already been set");
-    VRK_ASSERT(level == 0, "Only call setSize() for the base LOD of the texture");
-    if (level != 0)
-        return;
-    _internalFormat = internalFormat;
-    _width = width;
-    _height = height;
-    _depth = depth;
-    _maxLevel = lastMipLevel(width, height);
-}
-
 Texture& Texture::create2D(unsigned target, int internalFormat, int width, int height)
 {
     VRK_ASSERT(target == GL_TEXTURE_2D, "Target 0x%X is not allowed.", target);
@@ -93,6 +77,22 @@ void Texture::setNearestFilters() const
 {
     glTexParameteri(_target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     glTexParameteri(_target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+}
+
+void Texture::setSize(int level, int internalFormat, int width, int height, int depth)
+{
+    VRK_ASSERT(false == _readonly, "Not allowed to change a readonly texture");
+    VRK_ASSERT(0 == _internalFormat, "Texture internal format has already been set");
+    VRK_ASSERT(0 == _width, "Texture width has already been set");
+    VRK_ASSERT(0 == _height, "Texture height has already been set");
+    VRK_ASSERT(level == 0, "Only call setSize() for the base LOD of the texture");
+    if (level != 0)
+        return;
+    _internalFormat = internalFormat;
+    _width = width;
+    _height = height;
+    _depth = depth;
+    _maxLevel = lastMipLevel(width, height);
 }
 
 Texture* SolidColorTexture(float r, float g, float b, float a)

@@ -8,7 +8,9 @@
 #include <QBasicMutex>
 #include <QMutexLocker>
 
+#include <algorithm>
 #include <atomic>
+#include <memory>
 
 namespace Harrow::Vrk
 {
@@ -18,12 +20,11 @@ namespace
 /// A record beside the context that it is for, in a list that only grows: it can be walked without the lock.
 struct ContextRecord
 {
-    void* context;
-    const ContextRecord* older;
+    void* context = nullptr;
+    const ContextRecord* older = nullptr;
     TextureUnits units;
 };
 
-QBasicMutex recordsMutex;
 std::atomic<const ContextRecord*> newestRecord = nullptr;
 
 QHash<void*, ContextRecord*>& records()
@@ -34,25 +35,41 @@ QHash<void*, ContextRecord*>& records()
     return *all;
 }
 
-ContextRecord* newRecord(void* context)
+std::unique_ptr<ContextRecord> newRecord(void* context)
 {
-    auto* const record = new ContextRecord{context, newestRecord.load(), {}};
+    auto record = std::make_unique<ContextRecord>();
+    record->context = context;
     GLint maxUnits = 0;
     glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &maxUnits);
     record->units.initilizeFreeTextureUnits(maxUnits, context);
-    newestRecord.store(record, std::memory_order_release);
     return record;
 }
 
 } // namespace
 
+QBasicMutex& TextureUnits::recordsMutex()
+{
+    static QBasicMutex mutex;
+    return mutex;
+}
+
 TextureUnits& TextureUnits::ofCurrentContext()
 {
     void* const context = GLContextTracker::currentContext();
-    const QMutexLocker lock(&recordsMutex);
+    QMutexLocker lock(&recordsMutex());
+    if (ContextRecord* const known = records().value(context))
+        return known->units;
+    // The driver may log, and whoever handles the message come here again.
+    lock.unlock();
+    auto made = newRecord(context);
+    lock.relock();
     ContextRecord*& record = records()[context];
     if (!record)
-        record = newRecord(context);
+    {
+        made->older = newestRecord.load();
+        record = made.release();
+        newestRecord.store(record, std::memory_order_release);
+    }
     return record->units;
 }
 
@@ -67,7 +84,7 @@ const TextureUnits* TextureUnits::findOfCurrentContext()
 
 void TextureUnits::forgetAll()
 {
-    const QMutexLocker lock(&recordsMutex);
+    const QMutexLocker lock(&recordsMutex());
     newestRecord.store(nullptr);
     qDeleteAll(records());
     records().clear();
@@ -79,8 +96,8 @@ void TextureUnits::initilizeFreeTextureUnits(int maxUnits, const void* context)
     VRK_ASSERT(0 == contextInfo.maxTextureImageUnits,
                "VrkTexture::initilizeFreeTextureUnits() : m_MaxTextureImageUnits is set for exisitng GL context, %p",
                context);
-    maxTextureImageUnits = maxUnits;
-    for (unsigned unit = 0; static_cast<int>(unit) < maxUnits; ++unit)
+    maxTextureImageUnits = std::clamp(maxUnits, 0, kMaxUnits);
+    for (unsigned unit = 0; static_cast<int>(unit) < maxTextureImageUnits; ++unit)
         freeTextureUnits.insert(unit, unit);
 }
 

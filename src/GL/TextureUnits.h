@@ -10,24 +10,28 @@
 #include <QHash>
 #include <QMap>
 
+class QBasicMutex;
+
 namespace Harrow::Vrk
 {
 
 struct VRKGL_EXPORT TextureUnits
 {
+    /// Units beyond this number are left alone, whatever a driver claims: drivers have 16 to 192 of them, and the books
+    /// of a made-up number would fill the memory.
+    static constexpr int kMaxUnits = 1024;
+
     /// The record of the current context, made with all units free on first demand. A record stays where it is to the
     /// end of the process, also when its context is gone, and belongs to the thread of its context: only the finding
-    /// and making is guarded.
+    /// and keeping is guarded. While the guard is held no OpenGL call is made and nothing is logged, so whoever handles
+    /// a message may bind textures.
     static TextureUnits& ofCurrentContext();
 
     /// The record of the current context if there is one, else null. Makes none and takes no lock.
     static const TextureUnits* findOfCurrentContext();
 
-    /// Forgets all records. For tests, whose contexts come again at the same place.
-    static void forgetAll();
-
-    /// Frees the units 0 to `maxUnits` - 1 of a new record. Reports if the record is not new, and goes on; `context` is
-    /// named in the report.
+    /// Frees the units 0 to `maxUnits` - 1 of a new record; below 0 `maxUnits` counts as 0, above `kMaxUnits` as that.
+    /// Reports if the record is not new, and goes on; `context` is named in the report.
     void initilizeFreeTextureUnits(int maxUnits, const void* context);
 
     /// The unit of a bound texture, or -1.
@@ -45,6 +49,14 @@ struct VRKGL_EXPORT TextureUnits
     QHash<unsigned, int> boundTextureCounts;
     /// Ascending; key and value are the same.
     QMap<unsigned, unsigned> freeTextureUnits;
+
+private:
+    friend struct TextureTestAccess;
+
+    /// For tests, whose contexts come again at the same place.
+    static void forgetAll();
+
+    static QBasicMutex& recordsMutex();
 };
 
 } // namespace Harrow::Vrk

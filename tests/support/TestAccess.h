@@ -100,6 +100,10 @@ struct TextureTestAccess
     {
         TextureUnits::forgetAll();
     }
+    static QBasicMutex& recordsMutex()
+    {
+        return TextureUnits::recordsMutex();
+    }
 };
 
 } // namespace Harrow::Vrk
