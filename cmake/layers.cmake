@@ -5,7 +5,7 @@
 # A unit is a file name under src/Core or src/GL without its suffix; UnitTopic.cpp belongs to the unit Unit when Unit is
 # listed and UnitTopic is not.
 
-set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES)
+set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES MANAGERS)
 
 # src/Core: knows no OpenGL.
 set(VRK_LAYER_CORE
@@ -45,6 +45,7 @@ set(VRK_LAYER_OBJECTS
     BufferOffset
     DrawBuffers
     DrawElementsIndirectCommand
+    FramebufferObject
     GLSLMacroProcessor
     OpenGLDeviceContext
     RangedDataType
@@ -58,9 +59,23 @@ set(VRK_LAYER_OBJECTS
 # Textures, their formats and units; reading them from files, pooling and processing them.
 set(VRK_LAYER_TEXTURES
     Texture
+    TextureFileInfo
     TextureFormat
+    TextureIO
     TextureLevels
+    TextureLoader
+    TexturePool
+    TextureProcessing
+    TextureRecogniser
     TextureUnits)
+
+# Tokens, the managers that make them reachable, and the textures that managers keep up to date.
+set(VRK_LAYER_MANAGERS
+    SamplerTextureManager
+    TextureManager
+    TextureStreamer
+    TextureToken)
+
 
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
@@ -78,6 +93,8 @@ set(VRK_PRIVATE_HEADERS
     ShaderText.h
     TextureFormatNames.h
     TextureLevels.h
+    TexturePool.h
+    TextureTokenTables.h
     TextureUnits.h
     UBOContextData.h
     UniformForm.h)

@@ -3,6 +3,7 @@
 // The embedded GLSL files: the convention that all of them keep, and what the utilities, the bit casts and the
 // indirect commands promise, judged by glslangValidator and, in the suite for a driver, by running them.
 
+#include "EmbeddedGLSLTestTools.h"
 #include "support/GLTest.h"
 #include "support/LogCapture.h"
 #include "support/TransformFeedback.h"
@@ -15,10 +16,8 @@
 
 #include <QDirIterator>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QScopeGuard>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -32,13 +31,6 @@ namespace
 {
 
 const QString kBaseInstance = QStringLiteral("DRAW_BUFFER_USE_BASE_INSTANCE");
-
-/// The text of ":/GLSL/" + name, or an empty one.
-QString embedded(const QString& name)
-{
-    QFile file(QStringLiteral(":/GLSL/") + name);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
 
 /// The embedded file as the driver gets it, with one define, or none when the name is empty.
 QString expanded(const QString& name, const QString& define = QString(), const QString& value = QStringLiteral("1"))
@@ -57,45 +49,6 @@ QString unit(const QString& body, const QString& define = QString())
         processor.addDefine(define, QStringLiteral("1"));
     return GLSLMacroProcessor::process(QStringLiteral("#version 150\n") + body, &processor);
 }
-
-/// glslangValidator on texts, each with its stage as "vert" or "frag".
-struct Verdict
-{
-    bool ran = false;
-    int exitCode = -1;
-    QString output;
-    bool good() const
-    {
-        return ran && exitCode == 0;
-    }
-};
-
-Verdict validate(const QStringList& options, const QList<std::pair<QString, QString>>& texts)
-{
-    const QTemporaryDir folder;
-    QStringList arguments = options;
-    for (const auto& [stage, text] : texts)
-    {
-        QFile file(folder.filePath(QStringLiteral("%1.%2").arg(arguments.size()).arg(stage)));
-        if (!file.open(QIODevice::WriteOnly))
-            return {};
-        file.write(text.toUtf8());
-        arguments.append(file.fileName());
-    }
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("glslangValidator"), arguments);
-    if (!process.waitForFinished(30000))
-        return {false, -1, QStringLiteral("glslangValidator does not run: ") + process.errorString()};
-    return {true, process.exitCode(), QString::fromUtf8(process.readAll())};
-}
-
-#define EXPECT_VALID(options, ...)                                                                                     \
-    do                                                                                                                 \
-    {                                                                                                                  \
-        const Verdict verdict = validate(options, {__VA_ARGS__});                                                      \
-        EXPECT_TRUE(verdict.good()) << verdict.output.toStdString();                                                   \
-    } while (false)
 
 /// The text after the preprocessor of glslangValidator.
 std::string preprocessed(const QString& text)
