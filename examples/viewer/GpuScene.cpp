@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "GpuScene.h"
 
+#include "ModelTextures.h"
+
 #include <VrkGL/AutoBinder.h>
 #include <VrkGL/BufferObject.h>
 #include <VrkGL/DrawBuffers.h>
 #include <VrkGL/GLFunctions.h>
 #include <VrkGL/OpenGLDeviceContext.h>
 #include <VrkGL/ShaderProgram.h>
+#include <VrkGL/TextureManager.h>
 #include <VrkGL/UniformBufferObject.h>
 #include <VrkGL/VertexArrayObject.h>
 
 #include <algorithm>
+#include <tuple>
 
 namespace vrkview
 {
@@ -27,8 +31,9 @@ struct ObjectRecord
     float normalFromModel[3][4];
     float baseColor[4];
     float surface[4];
+    quint32 image[4];
 };
-static_assert(sizeof(ObjectRecord) == 144, "std140 packs the record without gaps");
+static_assert(sizeof(ObjectRecord) == 160, "std140 packs the record without gaps");
 
 // Some drivers allow blocks of gigabytes, which no shader compiler likes to see declared.
 constexpr int kLargestBlock = 64 * 1024;
@@ -63,7 +68,7 @@ QSharedPointer<DrawBuffers> upload(const Mesh& mesh)
     return buffers;
 }
 
-ObjectRecord toRecord(const QMatrix4x4& worldFromModel, const Material& material)
+ObjectRecord toRecord(const QMatrix4x4& worldFromModel, const Material& material, const TextureToken& token)
 {
     ObjectRecord record = {};
     std::copy_n(worldFromModel.constData(), 16, record.worldFromModel);
@@ -76,6 +81,11 @@ ObjectRecord toRecord(const QMatrix4x4& worldFromModel, const Material& material
     record.baseColor[3] = 1.0f;
     record.surface[0] = material.roughness;
     record.surface[1] = material.metallic;
+    record.surface[2] = material.alphaCutoff;
+    record.image[0] = quint32(token.token);
+    record.image[1] = quint32(token.token >> 32);
+    record.image[2] = quint32(material.wrapS);
+    record.image[3] = quint32(material.wrapT);
     return record;
 }
 
@@ -88,45 +98,56 @@ int GpuScene::objectCapacity()
     return std::min(bytes, kLargestBlock) / int(sizeof(ObjectRecord));
 }
 
-GpuScene::GpuScene(const Model& model)
+GpuScene::GpuScene(const Model& model, const ModelTextures& textures, TextureManager& manager) : _manager(manager)
 {
     std::vector<DrawBuffersPointer> meshes;
     meshes.reserve(model.meshes.size());
     for (const Mesh& mesh : model.meshes)
         meshes.push_back(mesh.indices.empty() ? DrawBuffersPointer() : upload(mesh));
 
-    std::vector<Instance> instances;
+    std::vector<Drawn> drawn;
     for (const Instance& instance : model.instances)
         if (meshes[instance.mesh])
-            instances.push_back(instance);
-    std::stable_sort(instances.begin(), instances.end(),
-                     [](const Instance& a, const Instance& b) { return a.mesh < b.mesh; });
+            drawn.push_back({&instance, textures.tokenOf(model.meshes[instance.mesh])});
+    const auto place = [](const Drawn& d) { return std::tuple(d.token.token, d.instance->mesh); };
+    std::stable_sort(drawn.begin(), drawn.end(),
+                     [place](const Drawn& a, const Drawn& b) { return place(a) < place(b); });
 
     const int capacity = objectCapacity();
-    for (std::size_t first = 0; first < instances.size(); first += std::size_t(capacity))
-        addPage(model, &instances[first], int(std::min(instances.size() - first, std::size_t(capacity))), meshes);
+    for (std::size_t first = 0; first < drawn.size(); first += std::size_t(capacity))
+        addPage(model, &drawn[first], int(std::min(drawn.size() - first, std::size_t(capacity))), meshes);
 }
 
 GpuScene::~GpuScene() = default;
 
-void GpuScene::addPage(const Model& model, const Instance* first, int count,
-                       const std::vector<DrawBuffersPointer>& meshes)
+void GpuScene::addPage(const Model& model, const Drawn* first, int count, const std::vector<DrawBuffersPointer>& meshes)
 {
     Page page;
     // Always as large as the block that the shader declares.
     std::vector<ObjectRecord> records(static_cast<std::size_t>(objectCapacity()));
     for (int i = 0; i < count; ++i)
     {
-        const Instance& instance = first[i];
-        records[std::size_t(i)] =
-            toRecord(instance.worldFromModel, model.materials[model.meshes[instance.mesh].material]);
-        if (i == 0 || instance.mesh != first[i - 1].mesh)
-            page.runs.push_back({meshes[instance.mesh], i, 0});
-        ++page.runs.back().count;
+        const Instance& instance = *first[i].instance;
+        const Material& material = model.materials[model.meshes[instance.mesh].material];
+        records[std::size_t(i)] = toRecord(instance.worldFromModel, material, first[i].token);
+        if (i == 0 || instance.mesh != first[i - 1].instance->mesh)
+            batchFor(page, first[i].token).runs.push_back({meshes[instance.mesh], i, 0});
+        ++page.batches.back().runs.back().count;
     }
     page.records = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Objects"),
                                                                     newBuffer(GL_UNIFORM_BUFFER, records));
     _pages.push_back(std::move(page));
+}
+
+/// The batch that a run with this picture goes to: the last one, or a new one if the last has all that can be reached.
+GpuScene::Batch& GpuScene::batchFor(Page& page, const TextureToken& token) const
+{
+    const bool isKnown = !page.batches.empty() && page.batches.back().tokens.contains(token);
+    if (page.batches.empty() || (!isKnown && page.batches.back().tokens.size() >= _manager.getMaxSlots()))
+        page.batches.emplace_back();
+    if (!isKnown)
+        page.batches.back().tokens.append(token);
+    return page.batches.back();
 }
 
 void GpuScene::draw(ShaderProgram& program)
@@ -135,20 +156,33 @@ void GpuScene::draw(ShaderProgram& program)
     for (const Page& page : _pages)
     {
         page.records->bind(&program);
-        for (const Run& run : page.runs)
+        for (const Batch& batch : page.batches)
         {
-            if (!run.buffers->rebind(bound))
-                continue;
-            bound = run.buffers.get();
-            bound->VAO()->enableShaderProgramArrays(&program);
-            bound->setDrawIDBase(run.first);
-            bound->setInstanceCount(run.count);
-            bound->draw(&program);
+            _manager.bind(batch.tokens);
+            _manager.bind(&program);
+            drawRuns(batch, program, bound);
+            _manager.unbind(&program);
+            _manager.unbind(batch.tokens);
         }
         page.records->unbind(&program);
     }
     if (bound)
         bound->unbind();
+}
+
+/// `bound` is what the last draw has left bound, for the next one to rebind.
+void GpuScene::drawRuns(const Batch& batch, ShaderProgram& program, DrawBuffers*& bound)
+{
+    for (const Run& run : batch.runs)
+    {
+        if (!run.buffers->rebind(bound))
+            continue;
+        bound = run.buffers.get();
+        bound->VAO()->enableShaderProgramArrays(&program);
+        bound->setDrawIDBase(run.first);
+        bound->setInstanceCount(run.count);
+        bound->draw(&program);
+    }
 }
 
 } // namespace vrkview

@@ -3,6 +3,7 @@
 // It knows neither the file that it came from nor OpenGL, so reading, generating and drawing stay apart.
 #pragma once
 
+#include <QImage>
 #include <QMatrix4x4>
 #include <QString>
 #include <QVector2D>
@@ -12,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace vrkview
@@ -43,12 +45,31 @@ struct Mesh
     std::size_t material = 0;
 };
 
+/// A picture that materials name, not loaded yet unless it came inside the model's file.
+struct Image
+{
+    QString path;  ///< as found beside the model, or as the model names it if there is no such file
+    QImage pixels; ///< top row first; null for a picture in a file of its own
+};
+
+/// How a picture goes on beyond its edges. The numbers are those of scene.frag.
+enum class Wrap : std::uint32_t
+{
+    Repeat = 0,
+    Mirror = 1,
+    Clamp = 2
+};
+
 struct Material
 {
     QString name;
-    QVector3D baseColor{0.8f, 0.8f, 0.8f}; ///< linear, not gamma encoded
-    float roughness = 0.6f;                ///< 0 mirror, 1 chalk
-    float metallic = 0.0f;                 ///< 0 dielectric, 1 metal
+    QVector3D baseColor{0.8f, 0.8f, 0.8f};       ///< linear, not gamma encoded
+    float roughness = 0.6f;                      ///< 0 mirror, 1 chalk
+    float metallic = 0.0f;                       ///< 0 dielectric, 1 metal
+    std::optional<std::size_t> baseColorImage{}; ///< multiplies the colour; gamma encoded
+    Wrap wrapS = Wrap::Repeat;
+    Wrap wrapT = Wrap::Repeat;
+    float alphaCutoff = 0.0f; ///< texels of less alpha are holes
 };
 
 /// One mesh standing somewhere. The matrix may mirror.
@@ -63,6 +84,7 @@ struct Model
     QString name;
     std::vector<Mesh> meshes;
     std::vector<Material> materials; ///< never empty once a model is complete
+    std::vector<Image> images;
     std::vector<Instance> instances;
     Bounds bounds; ///< of all instances, in world space
 

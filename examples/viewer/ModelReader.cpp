@@ -3,6 +3,7 @@
 
 #include "Gltf1Nodes.h"
 #include "MemoryLimit.h"
+#include "ModelImages.h"
 #include "Terminal.h"
 
 #include <QFileInfo>
@@ -173,10 +174,66 @@ bool isMadeUp(const QString& name, const aiColor3D& color)
     return name == QLatin1String(AI_DEFAULT_MATERIAL_NAME) || (name.isEmpty() && color == aiColor3D(1.0f, 1.0f, 1.0f));
 }
 
-Material toMaterial(const aiMaterial& source)
+// The slot of the picture that colours a material, or none. Newer formats have a slot of their own for it.
+std::optional<aiTextureType> baseColorSlot(const aiMaterial& material)
+{
+    for (const aiTextureType slot : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE})
+        if (material.GetTextureCount(slot) > 0)
+            return slot;
+    return std::nullopt;
+}
+
+Wrap toWrap(aiTextureMapMode mode)
+{
+    switch (mode)
+    {
+    case aiTextureMapMode_Mirror:
+        return Wrap::Mirror;
+    case aiTextureMapMode_Clamp:
+    case aiTextureMapMode_Decal:
+        return Wrap::Clamp;
+    default:
+        return Wrap::Repeat;
+    }
+}
+
+// Which of its meshes' sets of texture coordinates a material's picture wants.
+unsigned int texCoordSet(const aiMaterial& material)
+{
+    int set = 0;
+    if (const std::optional<aiTextureType> slot = baseColorSlot(material))
+        material.Get(AI_MATKEY_UVWSRC(*slot, 0), set);
+    return set >= 0 && set < AI_MAX_NUMBER_OF_TEXTURECOORDS ? static_cast<unsigned int>(set) : 0;
+}
+
+void readBaseColorImage(const aiMaterial& source, Material& material, ImageTable& images)
+{
+    const std::optional<aiTextureType> slot = baseColorSlot(source);
+    aiString path;
+    if (!slot || source.GetTexture(*slot, 0, &path) != aiReturn_SUCCESS || path.length == 0)
+        return;
+    material.baseColorImage = images.indexOf(path);
+    int mode = aiTextureMapMode_Wrap;
+    if (source.Get(AI_MATKEY_MAPPINGMODE_U(*slot, 0), mode) == aiReturn_SUCCESS)
+        material.wrapS = toWrap(aiTextureMapMode(mode));
+    mode = aiTextureMapMode_Wrap;
+    if (source.Get(AI_MATKEY_MAPPINGMODE_V(*slot, 0), mode) == aiReturn_SUCCESS)
+        material.wrapT = toWrap(aiTextureMapMode(mode));
+    aiString alphaMode;
+    if (source.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == aiReturn_SUCCESS && alphaMode == aiString("MASK"))
+    {
+        material.alphaCutoff = 0.5f;
+        source.Get(AI_MATKEY_GLTF_ALPHACUTOFF, material.alphaCutoff);
+    }
+}
+
+Material toMaterial(const aiMaterial& source, ImageTable& images)
 {
     Material material;
     material.name = QString::fromUtf8(source.GetName().C_Str());
+    readBaseColorImage(source, material, images);
+    if (material.baseColorImage)
+        material.baseColor = {1.0f, 1.0f, 1.0f}; // the picture alone counts where the file names no colour
     aiColor3D color;
     if (source.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS) // glTF gives linear factors
     {
@@ -199,7 +256,7 @@ Material toMaterial(const aiMaterial& source)
     return material;
 }
 
-Mesh toMesh(const aiMesh& source)
+Mesh toMesh(const aiMesh& source, unsigned int texCoordSet)
 {
     Mesh mesh;
     mesh.name = QString::fromUtf8(source.mName.C_Str());
@@ -213,11 +270,12 @@ Mesh toMesh(const aiMesh& source)
         mesh.positions.push_back(toVector(source.mVertices[i]));
         mesh.normals.push_back(source.HasNormals() ? unitOrZero(toVector(source.mNormals[i])) : QVector3D());
     }
-    if (source.HasTextureCoords(0))
+    const aiVector3D* const texCoords = source.mTextureCoords[source.HasTextureCoords(texCoordSet) ? texCoordSet : 0];
+    if (texCoords)
     {
         mesh.texCoords.reserve(source.mNumVertices);
         for (unsigned int i = 0; i < source.mNumVertices; ++i)
-            mesh.texCoords.emplace_back(source.mTextureCoords[0][i].x, source.mTextureCoords[0][i].y);
+            mesh.texCoords.emplace_back(texCoords[i].x, texCoords[i].y);
     }
     for (unsigned int i = 0; i < source.mNumFaces; ++i)
         if (source.mFaces[i].mNumIndices == 3)
@@ -230,15 +288,15 @@ class SceneConverter
 {
 public:
     /// `nodeMatrices` holds, by name, matrices to the parent that count in place of the scene's own.
-    SceneConverter(const aiScene& scene, const QHash<QString, QMatrix4x4>& nodeMatrices)
-        : _scene(scene), _nodeMatrices(nodeMatrices), _meshOf(scene.mNumMeshes, kNotYet)
+    SceneConverter(const aiScene& scene, const QString& path, const QHash<QString, QMatrix4x4>& nodeMatrices)
+        : _scene(scene), _nodeMatrices(nodeMatrices), _meshOf(scene.mNumMeshes, kNotYet), _images(scene, path)
     {
     }
 
     Model convert(const QMatrix4x4& worldFromFile)
     {
         for (unsigned int i = 0; i < _scene.mNumMaterials; ++i)
-            _model.materials.push_back(toMaterial(*_scene.mMaterials[i]));
+            _model.materials.push_back(toMaterial(*_scene.mMaterials[i], _images));
         if (_model.materials.empty())
             _model.materials.emplace_back();
 
@@ -256,6 +314,7 @@ public:
             for (unsigned int i = visit.node->mNumChildren; i-- > 0;) // so that the first child comes next
                 open.push_back({visit.node->mChildren[i], worldFromNode});
         }
+        _model.images = _images.take();
         _model.measure();
         return std::move(_model);
     }
@@ -294,7 +353,10 @@ private:
         if (index == kNotYet)
         {
             index = _model.meshes.size();
-            _model.meshes.push_back(toMesh(source));
+            const unsigned int set = source.mMaterialIndex < _scene.mNumMaterials
+                                         ? texCoordSet(*_scene.mMaterials[source.mMaterialIndex])
+                                         : 0;
+            _model.meshes.push_back(toMesh(source, set));
             if (_model.meshes.back().material >= _model.materials.size())
                 _model.meshes.back().material = 0;
         }
@@ -304,6 +366,7 @@ private:
     const aiScene& _scene;
     const QHash<QString, QMatrix4x4> _nodeMatrices;
     std::vector<std::size_t> _meshOf; // by the importer's mesh index
+    ImageTable _images;
     Model _model;
     quint64 _lines = 0;
     quint64 _points = 0;
@@ -354,7 +417,7 @@ ReadResult readModel(const QString& path, UpAxis upAxis)
     if (!scene)
         return result;
 
-    SceneConverter converter(*scene, gltf1NodeMatrices(path));
+    SceneConverter converter(*scene, path, gltf1NodeMatrices(path));
     Model model = converter.convert(worldFromFile(upAxis));
     model.name = QFileInfo(path).fileName();
     result.note = converter.note();

@@ -2,6 +2,7 @@
 #include "SceneRenderer.h"
 
 #include "GpuScene.h"
+#include "ModelTextures.h"
 
 #include <VrkGL/AutoBinder.h>
 #include <VrkGL/AutoEnabler.h>
@@ -9,6 +10,7 @@
 #include <VrkGL/DrawBuffers.h>
 #include <VrkGL/GLFunctions.h>
 #include <VrkGL/OpenGLDeviceContext.h>
+#include <VrkGL/SamplerTextureManager.h>
 #include <VrkGL/ShaderProgram.h>
 #include <VrkGL/UniformBufferObject.h>
 #include <VrkGL/VertexArrayObject.h>
@@ -42,7 +44,11 @@ void store(const QVector3D& vector, float (&target)[4])
 } // namespace
 
 SceneRenderer::SceneRenderer() = default;
-SceneRenderer::~SceneRenderer() = default;
+
+SceneRenderer::~SceneRenderer()
+{
+    destroy();
+}
 
 bool SceneRenderer::create(const Model& model, DrawIdCarrier drawIdCarrier, QString& error)
 {
@@ -53,6 +59,8 @@ bool SceneRenderer::create(const Model& model, DrawIdCarrier drawIdCarrier, QStr
     _macroProcessor.addIncludePath(QStringLiteral(":/vrkview"));
     _macroProcessor.addDefine(QStringLiteral("OBJECT_CAPACITY"), QString::number(GpuScene::objectCapacity()));
     DrawBuffers::setup(&_macroProcessor);
+    createTextureManager();
+    _textures->setup(&_macroProcessor);
 
     _backgroundProgram = buildProgram(QStringLiteral("background"), false, error);
     _sceneProgram = buildProgram(QStringLiteral("scene"), true, error);
@@ -62,16 +70,26 @@ bool SceneRenderer::create(const Model& model, DrawIdCarrier drawIdCarrier, QStr
     const QSharedPointer<BufferObject> frameBuffer = OpenGLDeviceContext::current()->newBuffer();
     frameBuffer->setTarget(GL_UNIFORM_BUFFER);
     _frame = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Frame"), frameBuffer);
-    _scene = std::make_unique<GpuScene>(model);
+    _scene = std::make_unique<GpuScene>(model, ModelTextures(*_textures, model), *_textures);
     return true;
 }
 
 void SceneRenderer::destroy()
 {
     _scene.reset();
+    if (_textures)
+        TextureManager::setInstance(nullptr);
+    _textures.reset();
     _frame.reset();
     _sceneProgram.reset();
     _backgroundProgram.reset();
+}
+
+/// A manager of our own, and not the one that the library would make on demand: its textures go with this context.
+void SceneRenderer::createTextureManager()
+{
+    _textures = std::make_unique<SamplerTextureManager>();
+    TextureManager::setInstance(_textures.get());
 }
 
 bool SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error)
@@ -86,18 +104,19 @@ bool SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error)
     return true;
 }
 
-SceneRenderer::Program SceneRenderer::buildProgram(const QString& name, bool usesDrawId, QString& error)
+SceneRenderer::Program SceneRenderer::buildProgram(const QString& name, bool drawsScene, QString& error)
 {
     auto program = std::make_unique<ShaderProgram>(nullptr);
     program->setMacroProcessor(&_macroProcessor);
     program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral(":/vrkview/%1.vert").arg(name));
     program->addShaderFromFile(GL_FRAGMENT_SHADER, QStringLiteral(":/vrkview/%1.frag").arg(name));
     program->addShaderFromFile(GL_FRAGMENT_SHADER, QStringLiteral("VrkUtilities.glslc"));
-    if (usesDrawId)
+    if (drawsScene)
     {
         // One of the two defines getDrawID(), which one follows from DrawBuffers::setup.
         program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.glslc"));
         program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.vert"));
+        program->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
     }
     if (program->link())
         return program;

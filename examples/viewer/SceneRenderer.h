@@ -16,6 +16,7 @@
 
 namespace Harrow::Vrk
 {
+class SamplerTextureManager;
 class ShaderProgram;
 class UniformBufferObject;
 } // namespace Harrow::Vrk
@@ -46,7 +47,8 @@ private:
     using Program = std::unique_ptr<Harrow::Vrk::ShaderProgram>;
 
     static bool chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error);
-    Program buildProgram(const QString& name, bool usesDrawId, QString& error);
+    void createTextureManager();
+    Program buildProgram(const QString& name, bool drawsScene, QString& error);
     void updateFrame(const OrbitCamera& camera, float aspect);
     void drawBackground();
     void drawScene();
@@ -55,6 +57,7 @@ private:
     Program _backgroundProgram;
     Program _sceneProgram;
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _frame;
+    std::unique_ptr<Harrow::Vrk::SamplerTextureManager> _textures;
     std::unique_ptr<GpuScene> _scene;
 };
 

@@ -3,6 +3,7 @@
 // code 1; standard output gets the picture's path and nothing else.
 #include "BuiltInScene.h"
 #include "Driver.h"
+#include "Farbfeld.h"
 #include "HeadlessContext.h"
 #include "ModelReader.h"
 #include "Options.h"
@@ -15,11 +16,14 @@
 
 #include <VrkGL/GLVersions.h>
 #include <VrkGL/OpenGLDeviceContext.h>
+#include <VrkGL/TextureIO.h>
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QImageReader>
+#include <QLoggingCategory>
 
 #include <cstdio>
 #include <cstdlib>
@@ -34,6 +38,9 @@ namespace
 // Samples per pixel where the command line names none. A picture has time, a window has frames.
 constexpr int kPictureSamples = 16;
 constexpr int kWindowSamples = 4;
+
+// What one decoded picture of a model may take; Qt's own limit falls short of 8192 by 8192 pixels.
+constexpr int kImageMegabytes = 1024;
 
 struct View
 {
@@ -255,5 +262,11 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    return vrkview::run(argc, argv);
+    // The library's log has warnings for everybody and details for developers, who set QT_LOGGING_RULES.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    QImageReader::setAllocationLimit(vrkview::kImageMegabytes);
+    Harrow::Vrk::RegisterTextureRecogniser(new vrkview::FarbfeldRecogniser, QStringLiteral("ff"));
+    const int exitCode = vrkview::run(argc, argv);
+    Harrow::Vrk::DeleteAllRegisteredTextureRecognisers();
+    return exitCode;
 }

@@ -2,13 +2,16 @@
 // SPDX-License-Identifier: MIT
 
 #include "VrkUtilities.glslh"
+#include "TextureManager.glslh"
 #include "Frame.glslh"
 #include "Output.glslh"
 
 in vec3 vo_Position;
 in vec3 vo_Normal;
 flat in vec3 vo_BaseColor;
-flat in vec2 vo_Surface;
+in vec2 vo_TexCoord;
+flat in vec3 vo_Surface;
+flat in uvec4 vo_Image;
 
 out vec4 o_Color;
 
@@ -34,8 +37,33 @@ vec3 facingNormal(vec3 toEye)
     return normalize(dot(normal, plane) < 0.0 ? -normal : normal);
 }
 
+// Where a picture that ends at 0 and 1 is to be looked at. Mirrored by Wrap in Model.h.
+float wrapped(float place, uint wrap)
+{
+    if (wrap == 0u)
+        return fract(place);
+    if (wrap == 1u)
+        return 1.0 - abs(mod(place, 2.0) - 1.0);
+    return place;
+}
+
+// The picture at the surface, in linear light. The level comes from the coordinate before it is wrapped, which jumps.
+vec4 pictured()
+{
+    vec2 size = managedTextureSize(vo_Image.xy);
+    vec2 across = dFdx(vo_TexCoord) * size;
+    vec2 upwards = dFdy(vo_TexCoord) * size;
+    float level = 0.5 * log2(max(max(dot(across, across), dot(upwards, upwards)), 1.0));
+    vec2 place = vec2(wrapped(vo_TexCoord.x, vo_Image.z), wrapped(vo_TexCoord.y, vo_Image.w));
+    return managedTextureLod(vo_Image.xy, place, level);
+}
+
 void main()
 {
+    vec4 picture = pictured();
+    if (picture.a < vo_Surface.z)
+        discard;
+    vec3 baseColor = vo_BaseColor * picture.rgb;
     vec3 toEye = normalize(u_Eye.xyz - vo_Position);
     vec3 normal = facingNormal(toEye);
     float roughness = max(vo_Surface.x, 0.08);
@@ -45,10 +73,10 @@ void main()
     float towardsKey = max(dot(normal, u_ToKey.xyz), 0.0);
     float grazing = pow(1.0 - towardsEye, 4.0);
 
-    vec3 diffuse = vo_BaseColor * (1.0 - metallic) * (skyAndGround(normal) + kKey * towardsKey);
+    vec3 diffuse = baseColor * (1.0 - metallic) * (skyAndGround(normal) + kKey * towardsKey);
 
     // What mirrors: the key light as a highlight whose size follows the roughness, and sky and ground around.
-    vec3 mirrored = mix(vec3(0.04), vo_BaseColor, metallic);
+    vec3 mirrored = mix(vec3(0.04), baseColor, metallic);
     mirrored += (max(vec3(1.0 - roughness), mirrored) - mirrored) * grazing;
     float sharpness = 2.0 / (roughness * roughness * roughness * roughness);
     float highlight = pow(max(dot(normal, normalize(u_ToKey.xyz + toEye)), 0.0), sharpness) * (0.125 * sharpness + 1.0);

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#include "ModelImages.h"
+
+#include <QFileInfo>
+#include <QUrl>
+
+#include <assimp/scene.h>
+
+#include <utility>
+
+namespace vrkview
+{
+
+namespace
+{
+
+// What a plain picture inside a model may measure. Encoded ones are limited by Qt.
+constexpr unsigned int kLargestSide = 1 << 14;
+
+// Null if it is no picture.
+QImage decode(const aiTexture& texture)
+{
+    const auto* const bytes = reinterpret_cast<const uchar*>(texture.pcData);
+    if (!bytes)
+        return {};
+    if (texture.mHeight == 0) // a whole file, `mWidth` bytes long
+        return QImage::fromData(bytes, int(texture.mWidth));
+    if (texture.mWidth > kLargestSide || texture.mHeight > kLargestSide)
+        return {};
+    return QImage(bytes, int(texture.mWidth), int(texture.mHeight), QImage::Format_ARGB32).copy();
+}
+
+// The file in a folder that has this name in any case of letters, or an empty string.
+QString withoutCase(const QDir& folder, const QString& name)
+{
+    if (name.isEmpty())
+        return {};
+    for (const QFileInfo& file : folder.entryInfoList(QDir::Files))
+        if (file.fileName().compare(name, Qt::CaseInsensitive) == 0)
+            return file.absoluteFilePath();
+    return {};
+}
+
+} // namespace
+
+ImageTable::ImageTable(const aiScene& scene, const QString& modelPath)
+    : _scene(scene), _folder(QFileInfo(modelPath).absoluteDir())
+{
+}
+
+std::size_t ImageTable::indexOf(const aiString& name)
+{
+    Image image = find(name);
+    const auto known = _known.constFind(image.path);
+    if (known != _known.constEnd())
+        return *known;
+    const std::size_t index = _images.size();
+    _known.insert(image.path, index);
+    _images.push_back(std::move(image));
+    return index;
+}
+
+std::vector<Image> ImageTable::take()
+{
+    return std::move(_images);
+}
+
+Image ImageTable::find(const aiString& name) const
+{
+    const QString text = QString::fromUtf8(name.C_Str());
+    if (const aiTexture* const embedded = _scene.GetEmbeddedTexture(name.C_Str()))
+    {
+        if (_known.contains(text))
+            return {text, {}}; // decoded before
+        return {text, decode(*embedded)};
+    }
+    return {pathBesideModel(text), {}};
+}
+
+// Models come from systems with other separators and without a difference between "A" and "a", they were moved without
+// their folders, and some write paths as addresses. A path that leads nowhere stays as it is, for the message.
+QString ImageTable::pathBesideModel(const QString& name) const
+{
+    QString slashes = name;
+    slashes.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    for (const QString& candidate : {name, slashes, QUrl::fromPercentEncoding(slashes.toUtf8())})
+        if (const QString path = _folder.absoluteFilePath(candidate); QFileInfo(path).isFile())
+            return path;
+    const QString inFolder = withoutCase(_folder, QFileInfo(slashes).fileName());
+    return inFolder.isEmpty() ? slashes : inFolder;
+}
+
+} // namespace vrkview
