@@ -59,12 +59,20 @@ public:
     /// One line with both times, `count` operations each, and how many times the second one the first takes.
     void printRatio(const char* what, const std::string& ours, const std::string& floor, int count) const
     {
+        printRatio(what, ours, count, floor, count);
+    }
+
+    /// The same where the two do different numbers of operations: the ratio is that of one operation.
+    void printRatio(const char* what, const std::string& ours, int ourCount, const std::string& floor,
+                    int floorCount) const
+    {
         const auto mine = _seconds.find(ours);
         const auto theirs = _seconds.find(floor);
         if (mine == _seconds.end() || theirs == _seconds.end())
             return;
-        std::printf("%-46s %7.1f ns beside %7.1f ns: ratio %.2f\n", what, mine->second / count * 1e9,
-                    theirs->second / count * 1e9, mine->second / theirs->second);
+        const double one = mine->second / ourCount;
+        const double other = theirs->second / floorCount;
+        std::printf("%-46s %7.1f ns beside %7.1f ns: ratio %.2f\n", what, one * 1e9, other * 1e9, one / other);
     }
 
 private:
