@@ -5,7 +5,7 @@
 # A unit is a file name under src/Core or src/GL without its suffix; UnitTopic.cpp belongs to the unit Unit when Unit is
 # listed and UnitTopic is not.
 
-set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES MANAGERS)
+set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES MANAGERS SCENE)
 
 # src/Core: knows no OpenGL.
 set(VRK_LAYER_CORE
@@ -76,6 +76,12 @@ set(VRK_LAYER_MANAGERS
     TextureStreamer
     TextureToken)
 
+# The drawable scene and the geometry that shadow fitting uses.
+set(VRK_LAYER_SCENE
+    Bounds
+    ClipperVolume
+    Plane
+    VectorNormalize)
 
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
@@ -97,4 +103,5 @@ set(VRK_PRIVATE_HEADERS
     TextureTokenTables.h
     TextureUnits.h
     UBOContextData.h
-    UniformForm.h)
+    UniformForm.h
+    VectorNormalize.h)
