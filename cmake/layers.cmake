@@ -69,17 +69,28 @@ set(VRK_LAYER_TEXTURES
     TextureRecogniser
     TextureUnits)
 
-# Tokens, the managers that make them reachable, and the textures that managers keep up to date.
+# Tokens, the managers that make them reachable, and the textures that managers keep up to date; the records of drawn
+# instances and what carries them to a shader.
 set(VRK_LAYER_MANAGERS
+    InstanceData
+    InstanceDataCollection
+    InstanceDataPlan
+    InstanceDataRegistry
+    ParameterMechanism
     SamplerTextureManager
     TextureManager
+    TextureMechanism
     TextureStreamer
-    TextureToken)
+    TextureToken
+    UniformBufferMechanism
+    UniformMechanism)
 
 # The drawable scene and the geometry that shadow fitting uses.
 set(VRK_LAYER_SCENE
     Bounds
     ClipperVolume
+    FrustumTest
+    GPUModel
     Plane
     VectorNormalize)
 
@@ -87,21 +98,26 @@ set(VRK_LAYER_SCENE
 set(VRK_PRIVATE_HEADERS
     BufferObjectEntryPoints.h
     BufferOffset.h
+    FrustumTest.h
     GLEnumWords.h
     GLFunctionTable.h
     GLOptionalFunctions.h
     GLPlatform.h
     GLRequirements.h
     GLRuntimeTestAccess.h
+    GPUModelShownTransforms.h
     ShaderFile.h
     ShaderProgramEntryPoints.h
     ShaderReport.h
     ShaderText.h
     TextureFormatNames.h
     TextureLevels.h
+    TextureMechanism.h
     TexturePool.h
     TextureTokenTables.h
     TextureUnits.h
     UBOContextData.h
+    UniformBufferMechanism.h
     UniformForm.h
+    UniformMechanism.h
     VectorNormalize.h)

@@ -7,12 +7,15 @@
 
 #include <VrkCore/ResourcesPath.h>
 #include <VrkGL/GLSLMacroProcessor.h>
+#include <VrkGL/InstanceDataPlan.h>
+#include <VrkGL/InstanceDataRegistry.h>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -30,6 +33,7 @@ struct Held
 {
     QMap<QString, QString> macros;
     QMap<QString, QString> defines;
+    QMap<QString, QString> plans;
     QList<QDir> directories = {QDir(resourcesPath() + QStringLiteral("/GLSL/include")),
                                QDir(QStringLiteral(":/GLSL/include"))};
 };
@@ -54,7 +58,7 @@ public:
             const qsizetype end = source.indexOf(_lineEnd, hash);
             const QString line = end == -1 ? source.mid(start) : source.mid(start, end - start);
             copied = end;
-            if (!macro(line, output) && !instanceData(line) && !include(line, output))
+            if (!macro(line, output) && !instanceData(line, output) && !include(line, output))
             {
                 if (line.startsWith(QStringLiteral("#version")))
                 {
@@ -89,10 +93,20 @@ private:
         return match.hasMatch();
     }
 
-    bool instanceData(const QString& line) const
+    bool instanceData(const QString& line, QString& output)
     {
-        // Every plan is unknown here.
-        return _instanceData.match(line).hasMatch();
+        const QRegularExpressionMatch match = _instanceData.match(line);
+        if (!match.hasMatch())
+            return false;
+        const QString name = match.captured(1);
+        if (_held.plans.contains(name))
+            output += process(_held.plans.value(name)) + u'\n';
+        else if (!_missed.contains(name)) // which the registry says once for each name
+            warnings +=
+                QStringLiteral("InstanceDataRegistry::getPlan() : Specified instanceData plan does not exist : ") +
+                name;
+        _missed.insert(name);
+        return true;
     }
 
     bool include(const QString& line, QString& output)
@@ -120,6 +134,7 @@ private:
     }
 
     Held _held;
+    QSet<QString> _missed;
     const QRegularExpression _include{QStringLiteral("^#include *\"([^\"]*)\"\\s*$")};
     const QRegularExpression _instanceData{QStringLiteral("^#instancedata *\"([^\"]*)\"\\s*$")};
     const QRegularExpression _macro{QStringLiteral("^\\s*#macro\\s*([^\\s]*)\\s([^\\n\\r]*)\\s*$")};
@@ -165,6 +180,17 @@ protected:
         }
         // At the start of a text a directive is a directive as well.
         return result.startsWith(u'\n') && random(2) ? result.mid(1) : result;
+    }
+
+    /// A plan whose header has directives of its own.
+    static void registerPlan(Held& held)
+    {
+        auto* const plan = new InstanceDataPlan(QStringLiteral("Plan"));
+        plan->setMechanism(InstanceDataPlan::eTextureMechanism);
+        plan->addMember(InstanceDataPlan::eTexture,
+                        QStringLiteral("x;\n#macro NOPE z\n#instancedata \"Lost\"\nfloat y"));
+        InstanceDataRegistry::Instance().registerPlan(plan);
+        held.plans.insert(plan->name(), plan->glslh());
     }
 
     int random(int below)
@@ -221,10 +247,14 @@ TEST_F(GLSLMacroProcessorDifferential, RandomTextsExpandAsTheRulesSay)
 
         const bool null = random(8) == 0;
         const QString source = text(30, 0);
+        InstanceDataRegistry::Instance().clear();
+        if (seed % 2)
+            registerPlan(held);
         log.clear();
         const QString output = GLSLMacroProcessor::process(source, null ? nullptr : &processor);
-        const QStringList warnings = log.texts();
-        Transcription transcription(null ? Held() : held);
+        const QStringList warnings = log.messages();
+        // Plans are not the processor's.
+        Transcription transcription(null ? Held{{}, {}, held.plans} : held);
         const QString expected = transcription.process(source);
 
         ASSERT_EQ(output.toStdString(), expected.toStdString()) << "seed " << seed << "\n" << source.toStdString();
@@ -233,6 +263,7 @@ TEST_F(GLSLMacroProcessorDifferential, RandomTextsExpandAsTheRulesSay)
         changed += output != source;
         warned += !warnings.isEmpty();
     }
+    InstanceDataRegistry::Instance().clear();
     // The texts are such that the comparison says something.
     EXPECT_GT(changed, 2500);
     EXPECT_GT(warned, 500);

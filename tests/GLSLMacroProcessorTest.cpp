@@ -356,9 +356,14 @@ TEST_F(GLSLMacroProcessor, AddedDirectoryDoesNotOverrideTheDefaultOnes)
     EXPECT_EQ(text.find("overridden"), std::string::npos);
 }
 
-TEST_F(GLSLMacroProcessor, UnknownPlanDisappearsSilentlyAndLeavesAnEmptyLine)
+TEST_F(GLSLMacroProcessor, UnknownPlanDisappearsAndLeavesAnEmptyLineAndTheRegistryWarnsOnce)
 {
-    EXPECT_EQ(expand(QStringLiteral("a\n#instancedata \"unknown\"\nb\n#instancedata\"\"")), "a\n\nb\n");
+    const QString source = QStringLiteral("a\n#instancedata \"unknown\"\nb\n#instancedata\"\"");
+    EXPECT_EQ(expand(source), "a\n\nb\n");
+    EXPECT_EQ(warnings(), unknownPlan("unknown") + "\n" + unknownPlan(""));
+    EXPECT_EQ(_log.lines().size(), 2);
+    _log.clear();
+    EXPECT_EQ(expand(source), "a\n\nb\n");
     EXPECT_EQ(_log.lines().size(), 0);
 }
 
@@ -454,7 +459,9 @@ TEST_F(GLSLMacroProcessor, ProcessLineMaterialLeavesTheLineOfAnUnknownPlan)
 {
     for (const char* line : {"#instancedata \"unknown\"", "x", " #instancedata \"unknown\""})
         EXPECT_EQ(Access::material(QString::fromLatin1(line), kInstanceDataPattern, &_processor).toStdString(), line);
-    EXPECT_EQ(_log.lines().size(), 0);
+    // The whole match is the name, as it is for a file.
+    EXPECT_EQ(warnings(), unknownPlan("#instancedata \"unknown\""));
+    EXPECT_EQ(_log.lines().size(), 1);
 }
 
 } // namespace Harrow::Vrk::Test

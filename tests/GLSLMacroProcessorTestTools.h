@@ -7,6 +7,7 @@
 #include "support/LogCapture.h"
 
 #include <VrkGL/GLSLMacroProcessor.h>
+#include <VrkGL/InstanceDataRegistry.h>
 
 #include <QDir>
 #include <QFile>
@@ -67,13 +68,25 @@ inline std::string joined(const QStringList& lines)
     return lines.join(u'\n').toStdString();
 }
 
-/// A processor that also searches a folder of the test's own.
+/// What the registry says when it is asked for a plan that it does not have, once for each name.
+inline std::string unknownPlan(const char* name)
+{
+    return std::string("InstanceDataRegistry::getPlan() : Specified instanceData plan does not exist : ") + name;
+}
+
+/// A processor that also searches a folder of the test's own, and a registry without plans.
 class GLSLMacroProcessorFixture : public testing::Test
 {
 protected:
     GLSLMacroProcessorFixture()
     {
+        InstanceDataRegistry::Instance().clear();
         _processor.addIncludePath(_folder.path());
+    }
+
+    ~GLSLMacroProcessorFixture() override
+    {
+        InstanceDataRegistry::Instance().clear();
     }
 
     void write(const QString& name, const QByteArray& contents)
@@ -93,7 +106,7 @@ protected:
     }
     std::string warnings() const
     {
-        return joined(_log.texts(QtWarningMsg));
+        return joined(_log.messages(QtWarningMsg));
     }
 
     QTemporaryDir _folder;

@@ -15,6 +15,8 @@ ROOT = Path(__file__).resolve().parent.parent
 ALLOWED_UPWARD = {
     ("FramebufferObject", "Texture"),
     ("FramebufferObject", "TextureManager"),
+    ("GLSLMacroProcessor", "InstanceDataPlan"),
+    ("GLSLMacroProcessor", "InstanceDataRegistry"),
 }
 GENERATED = {"GLBuildInfo"}
 

@@ -2,6 +2,9 @@
 
 #include "GLSLMacroProcessor.h"
 
+#include "InstanceDataPlan.h"
+#include "InstanceDataRegistry.h"
+
 #include <VrkCore/ResourcesPath.h>
 
 #include <QByteArray>
@@ -124,11 +127,14 @@ Reading readIncludeFile(const QList<QDir>& directories, const QString& name, qsi
     return Reading::NoFile;
 }
 
-// The declarations of the plan of that name; false when the plan is unknown. There is no registry of plans
-// below this unit, so every plan is.
-bool planDeclarations(const QString& /*name*/, QString& /*text*/)
+// The declarations of the plan of that name; false when the plan is unknown.
+bool planDeclarations(const QString& name, QString& text)
 {
-    return false;
+    const InstanceDataPlan* const plan = InstanceDataRegistry::Instance().getPlan(name);
+    if (!plan)
+        return false;
+    text = plan->glslh();
+    return true;
 }
 
 void warnNoIncludeName(QStringView line)
@@ -258,6 +264,8 @@ bool GLSLMacroProcessor::Expansion::expandInstanceData(QStringView line)
     const LineMatch match = matchLine(instanceDataPattern(), line);
     if (!match.matched)
         return false;
+    if (_limitReached)
+        return true;
     QString text;
     if (planDeclarations(match.first.toString(), text))
         appendNested(text, line);
