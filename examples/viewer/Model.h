@@ -70,6 +70,17 @@ struct Material
     Wrap wrapS = Wrap::Repeat;
     Wrap wrapT = Wrap::Repeat;
     float alphaCutoff = 0.0f; ///< texels of less alpha are holes
+    float opacity = 1.0f;
+    bool transparent = false; ///< blended: what is behind shows through
+    bool twoSided = true;
+};
+
+/// A place in a tree of places. Parents come before their children.
+struct Node
+{
+    QString name;
+    int parent = -1;
+    QMatrix4x4 parentFromNode;
 };
 
 /// One mesh standing somewhere. The matrix may mirror.
@@ -77,6 +88,45 @@ struct Instance
 {
     std::size_t mesh = 0;
     QMatrix4x4 worldFromModel;
+    int node = -1; ///< the node that gives the matrix, or -1 for none
+};
+
+/// A camera that the file names. It looks along -z of its node.
+struct FileCamera
+{
+    QString name;
+    int node = -1;
+    float horizontalFieldOfView = 0.8f; ///< radians, the whole angle
+    float aspect = 1.5f;                ///< width by height of its film
+    float nearClip = 0.0f;              ///< 0 if the file does not say
+    float farClip = 0.0f;
+};
+
+/// A light that the file names; it shines along -z of its node.
+struct FileLight
+{
+    enum class Kind
+    {
+        Directional,
+        Point,
+        Spot,
+        Other
+    };
+
+    QString name;
+    int node = -1;
+    Kind kind = Kind::Other;
+    QVector3D color; ///< linear, times intensity
+};
+
+/// How one node of a crowd moves: it circles around a place.
+struct Motion
+{
+    int node = -1;
+    QVector3D center;
+    float radius = 0.0f;
+    float turnsPerSecond = 0.0f;
+    float phase = 0.0f; ///< turns
 };
 
 struct Model
@@ -85,8 +135,12 @@ struct Model
     std::vector<Mesh> meshes;
     std::vector<Material> materials; ///< never empty once a model is complete
     std::vector<Image> images;
+    std::vector<Node> nodes;
     std::vector<Instance> instances;
-    Bounds bounds; ///< of all instances, in world space
+    std::vector<FileCamera> cameras;
+    std::vector<FileLight> lights;
+    std::vector<Motion> motions; ///< of a crowd; none otherwise
+    Bounds bounds;               ///< of all instances, in world space
 
     /// Outermost vertices in many directions, in world space: they stand for the whole when a view is fitted around it.
     std::vector<QVector3D> extremes;

@@ -11,7 +11,9 @@
 #include <assimp/GltfMaterial.h>
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
+#include <assimp/camera.h>
 #include <assimp/config.h>
+#include <assimp/light.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
@@ -219,12 +221,32 @@ void readBaseColorImage(const aiMaterial& source, Material& material, ImageTable
     mode = aiTextureMapMode_Wrap;
     if (source.Get(AI_MATKEY_MAPPINGMODE_V(*slot, 0), mode) == aiReturn_SUCCESS)
         material.wrapT = toWrap(aiTextureMapMode(mode));
+}
+
+// Holes, blending and sides.
+void readCoverage(const aiMaterial& source, Material& material)
+{
+    source.Get(AI_MATKEY_OPACITY, material.opacity);
+    material.opacity = unitRange(material.opacity);
     aiString alphaMode;
-    if (source.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == aiReturn_SUCCESS && alphaMode == aiString("MASK"))
+    if (source.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == aiReturn_SUCCESS)
     {
-        material.alphaCutoff = 0.5f;
-        source.Get(AI_MATKEY_GLTF_ALPHACUTOFF, material.alphaCutoff);
+        material.transparent = alphaMode == aiString("BLEND");
+        if (alphaMode == aiString("MASK"))
+        {
+            material.alphaCutoff = 0.5f;
+            source.Get(AI_MATKEY_GLTF_ALPHACUTOFF, material.alphaCutoff);
+        }
     }
+    else
+        // A model of which nothing can be seen was not meant so: some formats name transparency the other way around.
+        material.transparent = material.opacity > 0.0f && material.opacity < 1.0f;
+    if (!material.transparent)
+        material.opacity = 1.0f;
+    // Where the file does not say, both sides: the winding of many files is not to be trusted.
+    bool twoSided = true;
+    if (source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS)
+        material.twoSided = twoSided;
 }
 
 Material toMaterial(const aiMaterial& source, ImageTable& images)
@@ -232,6 +254,7 @@ Material toMaterial(const aiMaterial& source, ImageTable& images)
     Material material;
     material.name = QString::fromUtf8(source.GetName().C_Str());
     readBaseColorImage(source, material, images);
+    readCoverage(source, material);
     if (material.baseColorImage)
         material.baseColor = {1.0f, 1.0f, 1.0f}; // the picture alone counts where the file names no colour
     aiColor3D color;
@@ -300,20 +323,24 @@ public:
         if (_model.materials.empty())
             _model.materials.emplace_back();
 
+        _model.nodes.push_back({QString(), -1, worldFromFile});
         // A stack of our own: a file can nest nodes deeper than the call stack goes.
         std::vector<Visit> open;
         if (_scene.mRootNode)
-            open.push_back({_scene.mRootNode, worldFromFile});
+            open.push_back({_scene.mRootNode, worldFromFile, 0});
         while (!open.empty())
         {
             const Visit visit = open.back();
             open.pop_back();
-            const QMatrix4x4 worldFromNode = visit.worldFromParent * parentFromNode(*visit.node);
+            const int node = addNode(*visit.node, visit.parent);
+            const QMatrix4x4 worldFromNode = visit.worldFromParent * _model.nodes.back().parentFromNode;
             for (unsigned int i = 0; i < visit.node->mNumMeshes; ++i)
-                place(visit.node->mMeshes[i], worldFromNode);
+                place(visit.node->mMeshes[i], worldFromNode, node);
             for (unsigned int i = visit.node->mNumChildren; i-- > 0;) // so that the first child comes next
-                open.push_back({visit.node->mChildren[i], worldFromNode});
+                open.push_back({visit.node->mChildren[i], worldFromNode, node});
         }
+        addCameras();
+        addLights();
         _model.images = _images.take();
         _model.measure();
         return std::move(_model);
@@ -331,6 +358,7 @@ private:
     {
         const aiNode* node;
         QMatrix4x4 worldFromParent;
+        int parent;
     };
 
     static constexpr std::size_t kNotYet = ~std::size_t(0);
@@ -341,7 +369,77 @@ private:
         return _nodeMatrices.isEmpty() ? read : _nodeMatrices.value(QString::fromUtf8(node.mName.C_Str()), read);
     }
 
-    void place(unsigned int sourceIndex, const QMatrix4x4& worldFromNode)
+    // Returns the node's number.
+    int addNode(const aiNode& source, int parent)
+    {
+        const auto index = int(_model.nodes.size());
+        const QString name = QString::fromUtf8(source.mName.C_Str());
+        if (!name.isEmpty())
+            _nodeOf.insert(name, index);
+        _model.nodes.push_back({name, parent, parentFromNode(source)});
+        return index;
+    }
+
+    // A node for something that looks along `direction` from `position`, below the node of its name.
+    int addLookingNode(const aiString& name, const aiVector3D& position, const aiVector3D& direction,
+                       const aiVector3D& up)
+    {
+        const int parent = _nodeOf.value(QString::fromUtf8(name.C_Str()), 0);
+        QMatrix4x4 nodeFromEye;
+        QVector3D from = toVector(position);
+        // The importer of glTF says the place of a camera's node a second time.
+        if (from == _model.nodes[std::size_t(parent)].parentFromNode.column(3).toVector3D())
+            from = QVector3D();
+        const QVector3D along = toVector(direction);
+        QVector3D upwards = toVector(up);
+        if (QVector3D::crossProduct(along, upwards).isNull())
+            upwards = std::abs(along.y()) > std::abs(along.x()) ? QVector3D(1, 0, 0) : QVector3D(0, 1, 0);
+        nodeFromEye.lookAt(from, from + along, upwards);
+        _model.nodes.push_back({QString(), parent, nodeFromEye.inverted()});
+        return int(_model.nodes.size()) - 1;
+    }
+
+    void addCameras()
+    {
+        for (unsigned int i = 0; i < _scene.mNumCameras; ++i)
+        {
+            const aiCamera& source = *_scene.mCameras[i];
+            FileCamera camera;
+            camera.name = QString::fromUtf8(source.mName.C_Str());
+            camera.node = addLookingNode(source.mName, source.mPosition, source.mLookAt, source.mUp);
+            if (source.mHorizontalFOV > 0.01f && source.mHorizontalFOV < 3.1f)
+                camera.horizontalFieldOfView = source.mHorizontalFOV;
+            if (source.mAspect > 0.01f && source.mAspect < 100.0f)
+                camera.aspect = source.mAspect;
+            if (source.mClipPlaneNear > 0.0f && source.mClipPlaneFar > source.mClipPlaneNear)
+            {
+                camera.nearClip = source.mClipPlaneNear;
+                camera.farClip = source.mClipPlaneFar;
+            }
+            _model.cameras.push_back(camera);
+        }
+    }
+
+    void addLights()
+    {
+        for (unsigned int i = 0; i < _scene.mNumLights; ++i)
+        {
+            const aiLight& source = *_scene.mLights[i];
+            FileLight light;
+            light.name = QString::fromUtf8(source.mName.C_Str());
+            light.node = addLookingNode(source.mName, source.mPosition, source.mDirection, source.mUp);
+            light.color = {source.mColorDiffuse.r, source.mColorDiffuse.g, source.mColorDiffuse.b};
+            if (source.mType == aiLightSource_DIRECTIONAL)
+                light.kind = FileLight::Kind::Directional;
+            else if (source.mType == aiLightSource_POINT)
+                light.kind = FileLight::Kind::Point;
+            else if (source.mType == aiLightSource_SPOT)
+                light.kind = FileLight::Kind::Spot;
+            _model.lights.push_back(light);
+        }
+    }
+
+    void place(unsigned int sourceIndex, const QMatrix4x4& worldFromNode, int node)
     {
         const aiMesh& source = *_scene.mMeshes[sourceIndex];
         if (!(source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE))
@@ -360,11 +458,12 @@ private:
             if (_model.meshes.back().material >= _model.materials.size())
                 _model.meshes.back().material = 0;
         }
-        _model.instances.push_back({index, worldFromNode});
+        _model.instances.push_back({index, worldFromNode, node});
     }
 
     const aiScene& _scene;
     const QHash<QString, QMatrix4x4> _nodeMatrices;
+    QHash<QString, int> _nodeOf;      // by name
     std::vector<std::size_t> _meshOf; // by the importer's mesh index
     ImageTable _images;
     Model _model;

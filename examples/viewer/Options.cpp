@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Options.h"
 
+#include "Crowd.h"
+
 #include <QCommandLineParser>
 #include <QRegularExpression>
 
@@ -27,6 +29,14 @@ constexpr Choice<DrawIdCarrier> kDrawIdCarriers[] = {
     {"auto", DrawIdCarrier::Automatic},
     {"uniform", DrawIdCarrier::Uniform},
     {"base-instance", DrawIdCarrier::BaseInstance},
+};
+
+constexpr Choice<RecordCarrier> kRecordCarriers[] = {
+    {"ubo", RecordCarrier::UniformBuffer},
+    {"uniform", RecordCarrier::Uniform},
+    {"buffer-texture", RecordCarrier::BufferTexture},
+    {"texture", RecordCarrier::Texture},
+    {"ssbo", RecordCarrier::StorageBuffer},
 };
 
 constexpr Choice<UpAxis> kUpAxes[] = {
@@ -106,13 +116,13 @@ public:
         reject(name, text, QStringLiteral("one of ") + words(choices, QStringLiteral(", ")));
     }
 
-    void readPath(const char* name, QString& value)
+    void readText(const char* name, const char* wanted, QString& value)
     {
         const QString text = given(name);
         if (text.isNull())
             return;
         if (text.isEmpty())
-            reject(name, text, QStringLiteral("a file name"));
+            reject(name, text, QString::fromLatin1(wanted));
         else
             value = text;
     }
@@ -162,6 +172,11 @@ void describe(QCommandLineParser& parser)
          QStringLiteral("WxH")},
         {QStringLiteral("window"), QStringLiteral("Open a window instead of drawing a picture.")},
         {QStringLiteral("builtin"), QStringLiteral("Draw the built-in scene.")},
+        {QStringLiteral("crowd"),
+         QStringLiteral("Draw a crowd of that many moving objects, 1 to %1.").arg(kLargestCrowd),
+         QStringLiteral("count")},
+        {QStringLiteral("camera"), QStringLiteral("Look through a camera of the model's file, by name or number."),
+         QStringLiteral("name")},
         {QStringLiteral("azimuth"), QStringLiteral("Where the eye stands around the model; 0 is in front, on +z."),
          QStringLiteral("degrees")},
         {QStringLiteral("elevation"), QStringLiteral("How far the eye stands above the model, -90 to 90."),
@@ -175,6 +190,11 @@ void describe(QCommandLineParser& parser)
          QStringLiteral("How a draw's number reaches the shader: %1.")
              .arg(words(kDrawIdCarriers, QStringLiteral(", "))),
          QStringLiteral("how")},
+        {QStringLiteral("carrier"),
+         QStringLiteral("How the records of objects and materials reach the shader: %1.")
+             .arg(words(kRecordCarriers, QStringLiteral(", "))),
+         QStringLiteral("how")},
+        {QStringLiteral("stats"), QStringLiteral("Tell what a frame costs: counts, memory, time for each phase.")},
         frames,
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this and end.")},
         {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version and end.")},
@@ -202,25 +222,33 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     ParsedOptions parsed;
     Options& options = parsed.options;
     ValueReader reader(parser);
-    reader.readPath("output", options.outputPath);
+    reader.readText("output", "a file name", options.outputPath);
     reader.read("size", options.size);
     reader.read("azimuth", -3600.0f, 3600.0f, options.azimuth);
     reader.read("elevation", -90.0f, 90.0f, options.elevation);
     reader.read("samples", 1, kMostSamples, options.samples);
     reader.read("up", kUpAxes, options.upAxis);
-    reader.read("draw-id", kDrawIdCarriers, options.drawIdCarrier);
+    reader.read("draw-id", kDrawIdCarriers, options.settings.drawIdCarrier);
+    reader.read("carrier", kRecordCarriers, options.settings.recordCarrier);
+    reader.read("crowd", 1, kLargestCrowd, options.crowd);
+    reader.readText("camera", "a name", options.camera);
     reader.read("frames", 0, kMostFrames, options.frames);
     if (!reader.error().isEmpty())
         return failure(reader.error());
 
     options.window = parser.isSet(QStringLiteral("window"));
     options.builtIn = parser.isSet(QStringLiteral("builtin"));
+    options.stats = parser.isSet(QStringLiteral("stats"));
 
     const QStringList paths = parser.positionalArguments();
     if (paths.size() > 1)
         return failure(QStringLiteral("more than one model is named: '%1' and '%2'").arg(paths[0], paths[1]));
     if (!paths.isEmpty() && options.builtIn)
         return failure(QStringLiteral("--builtin and the model '%1' exclude each other").arg(paths[0]));
+    if (options.crowd > 0 && (options.builtIn || !paths.isEmpty()))
+        return failure(QStringLiteral("--crowd and another scene exclude each other"));
+    if (!options.camera.isEmpty() && paths.isEmpty())
+        return failure(QStringLiteral("--camera needs a model that has cameras"));
     if (options.frames > 0 && !options.window)
         return failure(QStringLiteral("--frames needs --window"));
     if (!paths.isEmpty())

@@ -3,8 +3,8 @@
 // machine is checked by whoever uses it. Only the text of --help asks for an application object.
 #pragma once
 
-#include "DrawIdCarrier.h"
 #include "ModelReader.h"
+#include "RenderSettings.h"
 
 #include <QSize>
 #include <QString>
@@ -24,8 +24,11 @@ struct Options
     std::optional<float> elevation;
     int samples = 0; ///< per pixel; 0: many for a picture, few for a window
     UpAxis upAxis = UpAxis::Y;
-    DrawIdCarrier drawIdCarrier = DrawIdCarrier::Automatic;
+    RenderSettings settings;
     bool builtIn = false;
+    int crowd = 0;  ///< instances of the crowd scene; 0 is no crowd
+    QString camera; ///< name or number of one of the file's cameras; empty: orbiting
+    bool stats = false;
     bool window = false;
 
     /// For tests: the window closes by itself after this many frames, 0 is never. With `outputPath` the last frame

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "SceneRenderer.h"
 
-#include "GpuScene.h"
 #include "ModelTextures.h"
+#include "Scene.h"
+#include "ScenePlans.h"
 
 #include <VrkGL/AutoBinder.h>
 #include <VrkGL/AutoEnabler.h>
@@ -15,7 +16,10 @@
 #include <VrkGL/UniformBufferObject.h>
 #include <VrkGL/VertexArrayObject.h>
 
+#include <QElapsedTimer>
+
 #include <algorithm>
+#include <cmath>
 
 namespace vrkview
 {
@@ -28,11 +32,23 @@ namespace
 // As std140 lays out u_Frame of Frame.glslh.
 struct FrameBlock
 {
-    float clipFromWorld[16];
+    float clipFromScene[16];
     float eye[4];
     float toKey[4];
 };
 static_assert(sizeof(FrameBlock) == 96, "std140 packs the block without gaps");
+
+/// Of length 1, however small the vector is.
+QVector3D direction(const QVector4D& vector)
+{
+    const QVector3D v = vector.toVector3D();
+    return (v / std::max({std::abs(v.x()), std::abs(v.y()), std::abs(v.z())})).normalized();
+}
+
+double milliseconds(const QElapsedTimer& timer)
+{
+    return double(timer.nsecsElapsed()) * 1.0e-6;
+}
 
 void store(const QVector3D& vector, float (&target)[4])
 {
@@ -50,14 +66,15 @@ SceneRenderer::~SceneRenderer()
     destroy();
 }
 
-bool SceneRenderer::create(const Model& model, DrawIdCarrier drawIdCarrier, QString& error)
+bool SceneRenderer::create(const Model& model, const RenderSettings& settings, QString& error)
 {
-    if (!chooseDrawIdCarrier(drawIdCarrier, error))
+    _plans = std::make_unique<ScenePlans>();
+    if (!chooseDrawIdCarrier(settings.drawIdCarrier, error) ||
+        !_plans->create(settings.recordCarrier, Scene::wantedRecords(model), error))
         return false;
 
     // Defines reach a shader when it is added, so they come first.
     _macroProcessor.addIncludePath(QStringLiteral(":/vrkview"));
-    _macroProcessor.addDefine(QStringLiteral("OBJECT_CAPACITY"), QString::number(GpuScene::objectCapacity()));
     DrawBuffers::setup(&_macroProcessor);
     createTextureManager();
     _textures->setup(&_macroProcessor);
@@ -70,13 +87,14 @@ bool SceneRenderer::create(const Model& model, DrawIdCarrier drawIdCarrier, QStr
     const QSharedPointer<BufferObject> frameBuffer = OpenGLDeviceContext::current()->newBuffer();
     frameBuffer->setTarget(GL_UNIFORM_BUFFER);
     _frame = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Frame"), frameBuffer);
-    _scene = std::make_unique<GpuScene>(model, ModelTextures(*_textures, model), *_textures);
+    _scene = std::make_unique<Scene>(model, ModelTextures(*_textures, model), *_textures, *_plans, _byBaseInstance);
     return true;
 }
 
 void SceneRenderer::destroy()
 {
     _scene.reset();
+    _plans.reset();
     if (_textures)
         TextureManager::setInstance(nullptr);
     _textures.reset();
@@ -100,7 +118,8 @@ bool SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error)
         error = QStringLiteral("this driver can't carry the draw's number in the base instance");
         return false;
     }
-    DrawBuffers::useBaseInstanceDrawing(supported && wanted != DrawIdCarrier::Uniform);
+    _byBaseInstance = wanted == DrawIdCarrier::BaseInstance;
+    DrawBuffers::useBaseInstanceDrawing(_byBaseInstance);
     return true;
 }
 
@@ -117,6 +136,8 @@ SceneRenderer::Program SceneRenderer::buildProgram(const QString& name, bool dra
         program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.glslc"));
         program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.vert"));
         program->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
+        program->addShader(GL_VERTEX_SHADER, _plans->objectUnit());
+        program->addShader(GL_FRAGMENT_SHADER, _plans->materialUnit());
     }
     if (program->link())
         return program;
@@ -124,23 +145,51 @@ SceneRenderer::Program SceneRenderer::buildProgram(const QString& name, bool dra
     return nullptr;
 }
 
-void SceneRenderer::draw(const OrbitCamera& camera, float aspect)
+View SceneRenderer::viewOf(const OrbitCamera& camera, float aspect) const
 {
-    updateFrame(camera, aspect);
+    return {camera.viewFromWorld() * _scene->worldFromScene(), camera.clipFromView(aspect)};
+}
+
+std::optional<View> SceneRenderer::fileCamera(const QString& name, float aspect) const
+{
+    const GPUModel& model = _scene->gpuModel();
+    bool isNumber = false;
+    int index = model.getCameraIndex(name);
+    if (index < 0)
+        index = name.toInt(&isNumber);
+    if (index < 0 || index >= model.getCameraCount() || (!isNumber && model.getCameraIndex(name) < 0))
+        return std::nullopt;
+    return View{model.getCameraWorldSpaceMatrix(index), model.getCameraProjectionMatrix(index, aspect)};
+}
+
+void SceneRenderer::animate(double seconds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    _scene->animate(seconds);
+    _stats.animate = milliseconds(timer);
+}
+
+void SceneRenderer::draw(const View& view)
+{
+    updateFrame(view);
     glDepthMask(GL_TRUE);
     glClear(GL_DEPTH_BUFFER_BIT);
     drawBackground();
-    drawScene();
+    drawScene(view);
 }
 
-void SceneRenderer::updateFrame(const OrbitCamera& camera, float aspect)
+void SceneRenderer::updateFrame(const View& view)
 {
     FrameBlock block;
-    const QMatrix4x4 clipFromWorld = camera.clipFromView(aspect) * camera.viewFromWorld();
-    std::copy_n(clipFromWorld.constData(), 16, block.clipFromWorld);
-    store(camera.eye(), block.eye);
+    const QMatrix4x4 clipFromScene = view.clipFromView * view.viewFromScene;
+    std::copy_n(clipFromScene.constData(), 16, block.clipFromScene);
+    store(view.viewFromScene.inverted().map(QVector3D()), block.eye);
     // Over the viewer's left shoulder, so that every side is well lit when it is looked at.
-    store((-0.7f * camera.right() + 0.7f * camera.up() + 0.55f * camera.back()).normalized(), block.toKey);
+    const QVector3D right = direction(view.viewFromScene.row(0));
+    const QVector3D up = direction(view.viewFromScene.row(1));
+    const QVector3D back = direction(view.viewFromScene.row(2));
+    store((-0.7f * right + 0.7f * up + 0.55f * back).normalized(), block.toKey);
 
     const QSharedPointer<BufferObject> buffer = _frame->bufferObject();
     const AutoBinder bound(buffer);
@@ -157,13 +206,34 @@ void SceneRenderer::drawBackground()
     quad->draw(_backgroundProgram.get());
 }
 
-void SceneRenderer::drawScene()
+void SceneRenderer::drawScene(const View& view)
 {
-    const AutoEnabler depthTest(GL_DEPTH_TEST);
+    QElapsedTimer timer;
+    const auto timed = [&timer](double& time, const auto& phase)
+    {
+        timer.start();
+        phase();
+        time = milliseconds(timer);
+    };
     const AutoBinder programBound(_sceneProgram.get());
     _frame->bind(_sceneProgram.get());
-    _scene->draw(*_sceneProgram);
+    timed(_stats.update, [&] { _scene->update(); });
+    timed(_stats.cull, [&] { _stats.culled = _scene->cull(view.clipFromView * view.viewFromScene); });
+    timed(_stats.sort, [&] { _scene->sort(); });
+    timed(_stats.draw, [&] { _scene->draw(*_sceneProgram, view.viewFromScene); });
+    timed(_stats.finish, [&] { _scene->finish(); });
     _frame->unbind(_sceneProgram.get());
+    countDraws();
+}
+
+void SceneRenderer::countDraws()
+{
+    _stats.commands = _scene->commandCount();
+    _stats.drawCalls = DrawBuffers::getAndResetTotalDrawCalls();
+    _stats.batches = DrawBuffers::getAndResetTotalDrawBatches();
+    _stats.indices = DrawBuffers::getAndResetTotalDrawIndices();
+    _stats.bytesCPU = _scene->gpuModel().memoryEstimateCPU();
+    _stats.bytesGPU = _scene->gpuModel().memoryEstimateGPU();
 }
 
 } // namespace vrkview

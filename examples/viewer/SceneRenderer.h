@@ -3,9 +3,10 @@
 // stays beside the camera, and a rim. Knows nothing of windows and files.
 #pragma once
 
-#include "DrawIdCarrier.h"
+#include "FrameStats.h"
 #include "Model.h"
 #include "OrbitCamera.h"
+#include "RenderSettings.h"
 
 #include <VrkGL/GLSLMacroProcessor.h>
 
@@ -13,6 +14,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace Harrow::Vrk
 {
@@ -24,7 +26,15 @@ class UniformBufferObject;
 namespace vrkview
 {
 
-class GpuScene;
+class Scene;
+class ScenePlans;
+
+/// Where a picture is taken from.
+struct View
+{
+    QMatrix4x4 viewFromScene;
+    QMatrix4x4 clipFromView;
+};
 
 /// Made, used and destroyed with the same context current, after `initializeGLFunctions`.
 class SceneRenderer
@@ -37,28 +47,46 @@ public:
 
     /// Builds the programs and uploads `model`, which need not outlive the call. On false `error` says why in one line;
     /// the library has then logged what the shader compiler said.
-    bool create(const Model& model, DrawIdCarrier drawIdCarrier, QString& error);
+    bool create(const Model& model, const RenderSettings& settings, QString& error);
     void destroy();
 
-    /// Draws into the bound framebuffer, over all of its viewport, whose width by height is `aspect`.
-    void draw(const OrbitCamera& camera, float aspect);
+    /// The view of one of the file's cameras, or empty if the file has none of that name. A number names the camera
+    /// with that index.
+    std::optional<View> fileCamera(const QString& name, float aspect) const;
+    View viewOf(const OrbitCamera& camera, float aspect) const;
+
+    /// Moves what moves by itself to where it is at this time.
+    void animate(double seconds);
+
+    /// Draws into the bound framebuffer, over all of its viewport.
+    void draw(const View& view);
+
+    /// Of the last frame.
+    const FrameStats& stats() const
+    {
+        return _stats;
+    }
 
 private:
     using Program = std::unique_ptr<Harrow::Vrk::ShaderProgram>;
 
-    static bool chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error);
+    bool chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error);
     void createTextureManager();
     Program buildProgram(const QString& name, bool drawsScene, QString& error);
-    void updateFrame(const OrbitCamera& camera, float aspect);
+    void updateFrame(const View& view);
     void drawBackground();
-    void drawScene();
+    void drawScene(const View& view);
+    void countDraws();
 
     Harrow::Vrk::GLSLMacroProcessor _macroProcessor; // programs point at it
     Program _backgroundProgram;
     Program _sceneProgram;
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _frame;
     std::unique_ptr<Harrow::Vrk::SamplerTextureManager> _textures;
-    std::unique_ptr<GpuScene> _scene;
+    std::unique_ptr<ScenePlans> _plans;
+    std::unique_ptr<Scene> _scene;
+    bool _byBaseInstance = false;
+    FrameStats _stats;
 };
 
 } // namespace vrkview

@@ -20,6 +20,7 @@ namespace
 
 constexpr float kDegreesPerSide = 200.0f; // orbiting by a drag across the window's shorter side
 constexpr float kZoomPerNotch = 0.88f;
+constexpr qsizetype kFramesOfStats = 60;
 constexpr float kUnitsPerNotch = 120.0f; // of QWheelEvent::angleDelta
 
 } // namespace
@@ -46,10 +47,13 @@ Window::~Window()
     }
 }
 
-bool Window::create(const Model& model, const OrbitCamera& home, int samples, DrawIdCarrier drawIdCarrier,
-                    QString& error)
+bool Window::create(const Model& model, const OrbitCamera& home, int samples, const RenderSettings& settings,
+                    const QString& fileCamera, QString& error)
 {
     _samples = samples;
+    _fileCamera = fileCamera;
+    _moves = !model.motions.empty();
+    _sinceStart.start();
     _outline.bounds = model.bounds;
     _outline.extremes = model.extremes;
     _home = home;
@@ -69,8 +73,13 @@ bool Window::create(const Model& model, const OrbitCamera& home, int samples, Dr
         error = QStringLiteral("the driver offers no OpenGL 3.2 core profile");
         return false;
     }
-    if (!startDriver(_driver, error) || !_renderer.create(model, drawIdCarrier, error))
+    if (!startDriver(_driver, error) || !_renderer.create(model, settings, error))
         return false;
+    if (!_fileCamera.isEmpty() && !_renderer.fileCamera(_fileCamera, 1.0f))
+    {
+        error = QStringLiteral("the model has no camera '%1'").arg(_fileCamera);
+        return false;
+    }
     frameModel();
     return true;
 }
@@ -103,7 +112,11 @@ void Window::drawFrame()
         return;
     }
     _target.bind();
-    _renderer.draw(_camera, aspect());
+    if (_moves)
+        _renderer.animate(double(_sinceStart.nsecsElapsed()) * 1.0e-9);
+    const std::optional<View> fileView = _renderer.fileCamera(_fileCamera, aspect());
+    _renderer.draw(fileView && !_fileCamera.isEmpty() ? *fileView : _renderer.viewOf(_camera, aspect()));
+    keepStats();
     _target.resolve();
     _target.show(_context.defaultFramebufferObject());
     _context.swapBuffers(this);
@@ -111,8 +124,15 @@ void Window::drawFrame()
     ++_framesDrawn;
     if (_frameLimit > 0 && _framesDrawn >= _frameLimit)
         QTimer::singleShot(0, this, &QWindow::close);
-    else if (_frameLimit > 0)
+    else if (_frameLimit > 0 || _moves)
         requestUpdate();
+}
+
+void Window::keepStats()
+{
+    if (_stats.size() >= kFramesOfStats)
+        _stats.removeFirst();
+    _stats.append(_renderer.stats());
 }
 
 bool Window::event(QEvent* event)

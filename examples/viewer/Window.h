@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Shows a model in a window: drag orbits, wheel zooms, right or middle drag pans, R resets, Escape closes. Draws only
-// when something changed.
+// when something changed, but for a scene that moves by itself.
 #pragma once
 
 #include "OrbitCamera.h"
 #include "RenderTarget.h"
 #include "SceneRenderer.h"
 
+#include <QElapsedTimer>
 #include <QImage>
 #include <QOpenGLContext>
 #include <QPointF>
@@ -24,12 +25,20 @@ public:
 
     /// Makes the OpenGL context and uploads `model`, which need not outlive the call. On false `error` says why in one
     /// line. `home` gives the angles to start from and to return to.
-    bool create(const Model& model, const OrbitCamera& home, int samples, DrawIdCarrier drawIdCarrier, QString& error);
+    /// `fileCamera` names the camera to look through, or is empty for orbiting.
+    bool create(const Model& model, const OrbitCamera& home, int samples, const RenderSettings& settings,
+                const QString& fileCamera, QString& error);
 
     /// Closes by itself after this many frames; 0 is never.
     void setFrameLimit(int frames)
     {
         _frameLimit = frames;
+    }
+
+    /// Of the frames that were drawn, the last few.
+    const QList<FrameStats>& stats() const
+    {
+        return _stats;
     }
 
     const OrbitCamera& camera() const
@@ -70,14 +79,19 @@ private:
     float aspect() const;
     void frameModel();
     void drawFrame();
+    void keepStats();
 
     QOpenGLContext _context;
     RenderTarget _target;
     SceneRenderer _renderer;
     OrbitCamera _camera;
     OrbitCamera _home;
-    Model _outline;   // measures only, to frame by
-    QPointF _pointer; // where the last mouse event was
+    Model _outline; // measures only, to frame by
+    QString _fileCamera;
+    QElapsedTimer _sinceStart;
+    QList<FrameStats> _stats;
+    bool _moves = false; // by itself, so that it is drawn all the time
+    QPointF _pointer;    // where the last mouse event was
     QString _driver;
     QString _error;
     QImage _lastFrame;

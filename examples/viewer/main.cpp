@@ -2,6 +2,7 @@
 // vrkview: draws a model into a picture, or shows it in a window. Bad input gives one line on standard error and exit
 // code 1; standard output gets the picture's path and nothing else.
 #include "BuiltInScene.h"
+#include "Crowd.h"
 #include "Driver.h"
 #include "Farbfeld.h"
 #include "HeadlessContext.h"
@@ -42,7 +43,11 @@ constexpr int kWindowSamples = 4;
 // What one decoded picture of a model may take; Qt's own limit falls short of 8192 by 8192 pixels.
 constexpr int kImageMegabytes = 1024;
 
-struct View
+// Frames that are drawn for --stats: the first warms up and is not counted.
+constexpr int kFramesOfStats = 20;
+constexpr double kSecondsPerFrame = 1.0 / 60.0;
+
+struct Angles
 {
     float azimuth = 35.0f;
     float elevation = 22.0f;
@@ -53,7 +58,7 @@ struct View
 struct DefaultModel
 {
     const char* path;
-    View view;
+    Angles view;
 };
 constexpr DefaultModel kDefaultModels[] = {
     {"/usr/share/assimp/models/glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", {-142.0f, 20.0f}},
@@ -70,8 +75,8 @@ const DefaultModel* defaultModel()
 // Completes `options`: without a model's path afterwards, the built-in scene is meant.
 void chooseModel(Options& options)
 {
-    View view;
-    if (options.builtIn)
+    Angles view;
+    if (options.builtIn || options.crowd > 0)
         options.modelPath.clear();
     else if (options.modelPath.isEmpty())
     {
@@ -87,6 +92,11 @@ void chooseModel(Options& options)
 
 bool loadModel(const Options& options, Model& model, QString& error)
 {
+    if (options.crowd > 0)
+    {
+        model = makeCrowd(options.crowd);
+        return true;
+    }
     if (options.modelPath.isEmpty())
     {
         model = makeBuiltInScene();
@@ -141,21 +151,58 @@ bool savePicture(const QImage& image, const QString& path, QString& error)
     return false;
 }
 
+bool chooseView(const Options& options, const Model& model, const SceneRenderer& renderer, View& view, QString& error)
+{
+    const float aspect = float(options.size.width()) / float(options.size.height());
+    if (options.camera.isEmpty())
+    {
+        OrbitCamera camera = cameraOf(options);
+        camera.frame(model, aspect);
+        view = renderer.viewOf(camera, aspect);
+        return true;
+    }
+    const std::optional<View> found = renderer.fileCamera(options.camera, aspect);
+    if (!found)
+        error = QStringLiteral("the model has no camera '%1'").arg(options.camera);
+    else
+        view = *found;
+    return found.has_value();
+}
+
+// One frame, or for --stats as many as make a measure. The picture is that of time 0.
+QList<FrameStats> drawFrames(SceneRenderer& renderer, const View& view, bool measures)
+{
+    QList<FrameStats> stats;
+    for (int frame = measures ? kFramesOfStats : 0; frame >= 0; --frame)
+    {
+        renderer.animate(frame * kSecondsPerFrame);
+        renderer.draw(view);
+        if (!measures || frame < kFramesOfStats)
+            stats.append(renderer.stats());
+    }
+    return stats;
+}
+
+void tellStats(const Options& options, const QList<FrameStats>& frames)
+{
+    if (options.stats)
+        for (const QString& line : report(frames))
+            remark(line);
+}
+
 // Everything that belongs to the context lives inside this function, so that it goes before the context does.
 bool drawPicture(const Options& options, const Model& model, QImage& picture, QString& driver, QString& error)
 {
     RenderTarget target;
     SceneRenderer renderer;
+    View view;
     const int samples = options.samples > 0 ? options.samples : kPictureSamples;
     if (!startDriver(driver, error) || !target.create(options.size, samples, error) ||
-        !renderer.create(model, options.drawIdCarrier, error))
+        !renderer.create(model, options.settings, error) || !chooseView(options, model, renderer, view, error))
         return false;
 
-    const float aspect = float(options.size.width()) / float(options.size.height());
-    OrbitCamera camera = cameraOf(options);
-    camera.frame(model, aspect);
     target.bind();
-    renderer.draw(camera, aspect);
+    tellStats(options, drawFrames(renderer, view, options.stats));
     target.resolve();
     picture = target.read();
     Harrow::Vrk::OpenGLDeviceContext::resetContext();
@@ -213,11 +260,12 @@ int runWindow(const Options& options, const Model& model, const QString& path, c
     window.resize(options.size);
     window.setFrameLimit(options.frames);
     const int samples = options.samples > 0 ? options.samples : kWindowSamples;
-    if (!window.create(model, cameraOf(options), samples, options.drawIdCarrier, error))
+    if (!window.create(model, cameraOf(options), samples, options.settings, options.camera, error))
         return fail(QStringLiteral("cannot draw: %1").arg(error));
     summarise(model, window.driver());
     window.show();
     QGuiApplication::exec();
+    tellStats(options, window.stats());
     if (!window.error().isEmpty())
         return fail(QStringLiteral("cannot draw: %1").arg(window.error()));
     return path.isEmpty() || savePicture(window.lastFrame(), path, error) ? EXIT_SUCCESS : fail(error);

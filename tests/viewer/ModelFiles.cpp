@@ -118,6 +118,22 @@ QByteArray gltfFile(const TriangleSoup& mesh, const std::vector<QMatrix4x4>& nod
     return QJsonDocument(root).toJson(QJsonDocument::Compact);
 }
 
+QByteArray withCamera(const QByteArray& gltf, const QString& name, const QVector3D& position)
+{
+    QJsonObject root = QJsonDocument::fromJson(gltf).object();
+    const QJsonObject lens{{"yfov", 0.8}, {"aspectRatio", 1.0}, {"znear", 0.1}, {"zfar", 100.0}};
+    root["cameras"] = QJsonArray{QJsonObject{{"name", name}, {"type", "perspective"}, {"perspective", lens}}};
+    QJsonArray nodes = root["nodes"].toArray();
+    QJsonObject scene = root["scenes"].toArray()[0].toObject();
+    QJsonArray roots = scene["nodes"].toArray();
+    roots.append(nodes.size());
+    nodes.append(QJsonObject{{"name", name}, {"camera", 0}, {"translation", toJson(position)}});
+    scene["nodes"] = roots;
+    root["nodes"] = nodes;
+    root["scenes"] = QJsonArray{scene};
+    return QJsonDocument(root).toJson(QJsonDocument::Compact);
+}
+
 QByteArray objFile(const TriangleSoup& mesh, const QByteArray& materialLines)
 {
     QByteArray text;

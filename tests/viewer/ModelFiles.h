@@ -38,6 +38,9 @@ struct TriangleSoup
 QByteArray gltfFile(const TriangleSoup& mesh, const std::vector<QMatrix4x4>& nodes, const QVector3D& linearColor,
                     float roughness);
 
+/// The same with a camera at `position` that looks along -z, with a field of view of 0.8 radians and a square film.
+QByteArray withCamera(const QByteArray& gltf, const QString& name, const QVector3D& position);
+
 /// Wavefront OBJ of the same, in one piece; `materialLines` goes in front of the faces.
 QByteArray objFile(const TriangleSoup& mesh, const QByteArray& materialLines = QByteArray());
 

@@ -35,8 +35,12 @@ TEST(OptionsTest, NothingGivenRunsWithDefaults)
     EXPECT_FALSE(parsed.options.elevation.has_value());
     EXPECT_EQ(parsed.options.samples, 0);
     EXPECT_EQ(parsed.options.upAxis, UpAxis::Y);
-    EXPECT_EQ(parsed.options.drawIdCarrier, DrawIdCarrier::Automatic);
+    EXPECT_EQ(parsed.options.settings.drawIdCarrier, DrawIdCarrier::Automatic);
+    EXPECT_EQ(parsed.options.settings.recordCarrier, RecordCarrier::UniformBuffer);
     EXPECT_FALSE(parsed.options.builtIn);
+    EXPECT_EQ(parsed.options.crowd, 0);
+    EXPECT_TRUE(parsed.options.camera.isEmpty());
+    EXPECT_FALSE(parsed.options.stats);
     EXPECT_FALSE(parsed.options.window);
     EXPECT_EQ(parsed.options.frames, 0);
 }
@@ -44,8 +48,9 @@ TEST(OptionsTest, NothingGivenRunsWithDefaults)
 TEST(OptionsTest, EveryOptionReachesItsField)
 {
     const ParsedOptions parsed =
-        parse({"a.obj", "--output", "b.png", "--size", "64x48", "--azimuth", "-30.5", "--elevation=12", "--samples",
-               "8", "--up", "z", "--draw-id", "uniform", "--window", "--frames", "5"});
+        parse({"a.obj",     "--output", "b.png",   "--size",   "64x48",     "--azimuth", "-30.5",     "--elevation=12",
+               "--samples", "8",        "--up",    "z",        "--draw-id", "uniform",   "--carrier", "texture",
+               "--camera",  "front",    "--stats", "--window", "--frames",  "5"});
     ASSERT_EQ(parsed.outcome, ParsedOptions::Outcome::Run) << parsed.text.toStdString();
     EXPECT_EQ(parsed.options.modelPath, QStringLiteral("a.obj"));
     EXPECT_EQ(parsed.options.outputPath, QStringLiteral("b.png"));
@@ -54,9 +59,27 @@ TEST(OptionsTest, EveryOptionReachesItsField)
     EXPECT_EQ(parsed.options.elevation, 12.0f);
     EXPECT_EQ(parsed.options.samples, 8);
     EXPECT_EQ(parsed.options.upAxis, UpAxis::Z);
-    EXPECT_EQ(parsed.options.drawIdCarrier, DrawIdCarrier::Uniform);
+    EXPECT_EQ(parsed.options.settings.drawIdCarrier, DrawIdCarrier::Uniform);
+    EXPECT_EQ(parsed.options.settings.recordCarrier, RecordCarrier::Texture);
+    EXPECT_EQ(parsed.options.camera, QStringLiteral("front"));
+    EXPECT_TRUE(parsed.options.stats);
     EXPECT_TRUE(parsed.options.window);
     EXPECT_EQ(parsed.options.frames, 5);
+}
+
+TEST(OptionsTest, CrowdIsTaken)
+{
+    EXPECT_EQ(parse({"--crowd", "1"}).options.crowd, 1);
+    EXPECT_EQ(parse({"--crowd", "100000"}).options.crowd, 100000);
+}
+
+TEST(OptionsTest, EveryCarrierWordHasItsValue)
+{
+    EXPECT_EQ(parse({"--carrier", "ubo"}).options.settings.recordCarrier, RecordCarrier::UniformBuffer);
+    EXPECT_EQ(parse({"--carrier", "uniform"}).options.settings.recordCarrier, RecordCarrier::Uniform);
+    EXPECT_EQ(parse({"--carrier", "buffer-texture"}).options.settings.recordCarrier, RecordCarrier::BufferTexture);
+    EXPECT_EQ(parse({"--carrier", "texture"}).options.settings.recordCarrier, RecordCarrier::Texture);
+    EXPECT_EQ(parse({"--carrier", "ssbo"}).options.settings.recordCarrier, RecordCarrier::StorageBuffer);
 }
 
 TEST(OptionsTest, BuiltInIsTaken)
@@ -66,9 +89,9 @@ TEST(OptionsTest, BuiltInIsTaken)
 
 TEST(OptionsTest, EveryDrawIdWordHasItsValue)
 {
-    EXPECT_EQ(parse({"--draw-id", "auto"}).options.drawIdCarrier, DrawIdCarrier::Automatic);
-    EXPECT_EQ(parse({"--draw-id", "uniform"}).options.drawIdCarrier, DrawIdCarrier::Uniform);
-    EXPECT_EQ(parse({"--draw-id", "base-instance"}).options.drawIdCarrier, DrawIdCarrier::BaseInstance);
+    EXPECT_EQ(parse({"--draw-id", "auto"}).options.settings.drawIdCarrier, DrawIdCarrier::Automatic);
+    EXPECT_EQ(parse({"--draw-id", "uniform"}).options.settings.drawIdCarrier, DrawIdCarrier::Uniform);
+    EXPECT_EQ(parse({"--draw-id", "base-instance"}).options.settings.drawIdCarrier, DrawIdCarrier::BaseInstance);
 }
 
 TEST(OptionsTest, VersionIsShownAsText)
@@ -85,8 +108,9 @@ TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
 {
     const ParsedOptions parsed = parse({"--help"});
     EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
-    for (const char* option : {"--output", "--size", "--window", "--builtin", "--azimuth", "--elevation", "--up",
-                               "--samples", "--draw-id", "--help", "--version"})
+    for (const char* option :
+         {"--output", "--size", "--window", "--builtin", "--azimuth", "--elevation", "--up", "--samples", "--draw-id",
+          "--carrier", "--crowd", "--camera", "--stats", "--help", "--version"})
         EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
 }
@@ -109,12 +133,15 @@ TEST(OptionsTest, CountsThatAreNoWholeNumberInRangeAreRejected)
 {
     for (const char* count : {"", "0", "-1", "65", "4.5", "four", "99999999999"})
         expectError({"--samples", count}, QStringLiteral("a whole number from 1 to 64"));
+    for (const char* count : {"", "0", "-1", "100001", "many"})
+        expectError({"--crowd", count}, QStringLiteral("a whole number from 1 to 100000"));
 }
 
 TEST(OptionsTest, UnknownWordsAreRejectedWithTheListOfKnownOnes)
 {
     expectError({"--draw-id", "magic"}, QStringLiteral("one of auto, uniform, base-instance"));
     expectError({"--up", "Y"}, QStringLiteral("one of y, z"));
+    expectError({"--carrier", "pigeon"}, QStringLiteral("one of ubo, uniform, buffer-texture, texture, ssbo"));
 }
 
 TEST(OptionsTest, WhatDoesNotFitTogetherIsRejected)
@@ -122,6 +149,10 @@ TEST(OptionsTest, WhatDoesNotFitTogetherIsRejected)
     expectError({"a.obj", "b.obj"}, QStringLiteral("more than one model"));
     expectError({"a.obj", "--builtin"}, QStringLiteral("exclude each other"));
     expectError({"--frames", "3"}, QStringLiteral("--window"));
+    expectError({"a.obj", "--crowd", "5"}, QStringLiteral("exclude each other"));
+    expectError({"--builtin", "--crowd", "5"}, QStringLiteral("exclude each other"));
+    expectError({"--camera", "front"}, QStringLiteral("needs a model"));
+    expectError({"a.obj", "--camera", ""}, QStringLiteral("a name"));
     expectError({""}, QStringLiteral("empty"));
     expectError({"--output", ""}, QStringLiteral("a file name"));
 }

@@ -167,6 +167,37 @@ TEST(ViewerPictureTest, BothCarriersOfTheDrawIdGiveTheSamePicture)
     expectAlike(byUniform, byBaseInstance, 0, "draw id by uniform and by base instance");
 }
 
+TEST(ViewerPictureTest, EveryRoadOfRecordsAndDrawNumbersGivesTheSamePicture)
+{
+    // Mirrored and turned instances, several meshes, metal and chalk.
+    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QImage expected = drawWithViewer(command);
+    for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture", "ssbo"})
+        for (const char* drawId : {"uniform", "base-instance"})
+            expectAlike(expected, drawWithViewer(command + QStringList{"--carrier", carrier, "--draw-id", drawId}), 1,
+                        qPrintable(QStringLiteral("%1, %2").arg(QLatin1String(carrier), QLatin1String(drawId))));
+}
+
+TEST(ViewerPictureTest, EveryRoadOfRecordsGivesTheSamePictureOnTheFloor)
+{
+    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QImage expected = drawWithViewer(command);
+    for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture"})
+        expectAlike(expected, drawWithViewer(command + QStringList{"--carrier", carrier}, kFloor), 1, carrier);
+}
+
+TEST(ViewerPictureTest, ACrowdIsDrawnByEveryRoad)
+{
+    // More instances of a mesh than one list has records, under some carriers.
+    const QStringList command = QStringList{"--crowd", "2000", "--samples", "1"} + kSmall;
+    const QImage expected = drawWithViewer(command);
+    EXPECT_GT(colorsOf(expected), 500);
+    for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture", "ssbo"})
+        for (const char* drawId : {"uniform", "base-instance"})
+            expectAlike(expected, drawWithViewer(command + QStringList{"--carrier", carrier, "--draw-id", drawId}), 1,
+                        qPrintable(QStringLiteral("%1, %2").arg(QLatin1String(carrier), QLatin1String(drawId))));
+}
+
 TEST(ViewerPictureTest, TheFloorProfileGivesTheSamePicture)
 {
     const QStringList command = QStringList{"--builtin"} + kSmall;
@@ -175,7 +206,7 @@ TEST(ViewerPictureTest, TheFloorProfileGivesTheSamePicture)
 
 TEST(ViewerPictureTest, MoreInstancesThanOneBlockHoldsLookLikeTheSameInOnePiece)
 {
-    // 1,728 small boxes: a block of 64 KiB holds 455 records.
+    // 1,728 small boxes: a block of 64 KiB holds 256 records.
     const TriangleSoup box = boxSoup({-0.4f, -0.3f, -0.2f}, {0.4f, 0.3f, 0.2f});
     std::vector<QMatrix4x4> nodes;
     TriangleSoup all;
@@ -228,12 +259,31 @@ TEST(ViewerPictureTest, TrianglesWoundTheOtherWayLookTheSame)
     TriangleSoup reversed = soup;
     for (std::size_t i = 0; i < reversed.indices.size(); i += 3)
         std::swap(reversed.indices[i + 1], reversed.indices[i + 2]);
+    // A kind of file that says nothing of sides.
     const ModelFolder folder;
-    const QVector3D color(0.5f, 0.4f, 0.1f);
-    expectAlike(
-        drawWithViewer(QStringList{folder.write("a.gltf", gltfFile(soup, {QMatrix4x4()}, color, 0.5f))} + kSmall),
-        drawWithViewer(QStringList{folder.write("b.gltf", gltfFile(reversed, {QMatrix4x4()}, color, 0.5f))} + kSmall),
-        1, "winding");
+    expectAlike(drawWithViewer(QStringList{folder.write("a.obj", objFile(soup))} + kSmall),
+                drawWithViewer(QStringList{folder.write("b.obj", objFile(reversed))} + kSmall), 1, "winding");
+}
+
+TEST(ViewerPictureTest, AOneSidedSheetIsNotSeenFromBehind)
+{
+    TriangleSoup sheet;
+    sheet.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    sheet.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+    sheet.indices = {0, 1, 2, 0, 2, 3};
+    QMatrix4x4 mirror;
+    mirror.scale(-1.0f, 1.0f, 1.0f);
+    const ModelFolder folder;
+    for (const QMatrix4x4& node : {QMatrix4x4(), mirror})
+    {
+        const QString path = folder.write("a.gltf", gltfFile(sheet, {node}, {0.5f, 0.4f, 0.1f}, 0.5f));
+        for (const char* carrier : {"uniform", "base-instance"})
+        {
+            const QStringList common = {path, "--size", "64x64", "--elevation", "0", "--draw-id", carrier};
+            EXPECT_GT(findObject(drawWithViewer(common + QStringList{"--azimuth", "0"})).pixels, 2000) << carrier;
+            EXPECT_EQ(findObject(drawWithViewer(common + QStringList{"--azimuth", "180"})).pixels, 0) << carrier;
+        }
+    }
 }
 
 TEST(ViewerPictureTest, BothSidesOfASheetAreLit)

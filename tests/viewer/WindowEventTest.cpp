@@ -27,7 +27,8 @@ protected:
         home.setAngles(35.0f, 22.0f);
         QString error;
         window.resize(320, 200);
-        ASSERT_TRUE(window.create(makeBuiltInScene(), home, 1, DrawIdCarrier::Automatic, error)) << qPrintable(error);
+        ASSERT_TRUE(window.create(makeBuiltInScene(), home, 1, RenderSettings(), QString(), error))
+            << qPrintable(error);
         window.show();
         waitUntil([this] { return window.isExposed(); });
         ASSERT_TRUE(window.isExposed());

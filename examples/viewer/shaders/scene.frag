@@ -5,15 +5,23 @@
 #include "TextureManager.glslh"
 #include "Frame.glslh"
 #include "Output.glslh"
+#instancedata "Material"
 
 in vec3 vo_Position;
 in vec3 vo_Normal;
-flat in vec3 vo_BaseColor;
 in vec2 vo_TexCoord;
-flat in vec3 vo_Surface;
-flat in uvec4 vo_Image;
 
 out vec4 o_Color;
+
+#ifdef DRAW_BUFFER_USE_BASE_INSTANCE
+// Only the vertex stage sees the base instance.
+flat in uint vo_DrawID;
+
+uint getDrawID(void)
+{
+    return vo_DrawID;
+}
+#endif
 
 // Light, already divided by pi: a white surface facing light of 1 shows 1.
 const vec3 kSky = vec3(0.40, 0.45, 0.53);
@@ -50,24 +58,28 @@ float wrapped(float place, uint wrap)
 // The picture at the surface, in linear light. The level comes from the coordinate before it is wrapped, which jumps.
 vec4 pictured()
 {
-    vec2 size = managedTextureSize(vo_Image.xy);
+    VrkTextureToken image = getColorMap();
+    uvec2 wrap = getWrap();
+    vec2 size = managedTextureSize(image);
     vec2 across = dFdx(vo_TexCoord) * size;
     vec2 upwards = dFdy(vo_TexCoord) * size;
     float level = 0.5 * log2(max(max(dot(across, across), dot(upwards, upwards)), 1.0));
-    vec2 place = vec2(wrapped(vo_TexCoord.x, vo_Image.z), wrapped(vo_TexCoord.y, vo_Image.w));
-    return managedTextureLod(vo_Image.xy, place, level);
+    vec2 place = vec2(wrapped(vo_TexCoord.x, wrap.x), wrapped(vo_TexCoord.y, wrap.y));
+    return managedTextureLod(image, place, level);
 }
 
 void main()
 {
+    vec4 surface = getSurface();    // roughness, metallic, alpha below which there is a hole, 1 where it is blended
     vec4 picture = pictured();
-    if (picture.a < vo_Surface.z)
+    if (picture.a < surface.z)
         discard;
-    vec3 baseColor = vo_BaseColor * picture.rgb;
+    vec4 color = getBaseColor() * picture;
+    vec3 baseColor = color.rgb;
     vec3 toEye = normalize(u_Eye.xyz - vo_Position);
     vec3 normal = facingNormal(toEye);
-    float roughness = max(vo_Surface.x, 0.08);
-    float metallic = vo_Surface.y;
+    float roughness = max(surface.x, 0.08);
+    float metallic = surface.y;
 
     float towardsEye = max(dot(normal, toEye), 0.0);
     float towardsKey = max(dot(normal, u_ToKey.xyz), 0.0);
@@ -84,5 +96,5 @@ void main()
 
     vec3 rim = kRim * grazing * (0.5 * normal.y + 0.5);
 
-    o_Color = displayed(diffuse + specular + rim);
+    o_Color = vec4(displayed(diffuse + specular + rim).rgb, mix(1.0, color.a, surface.w));
 }

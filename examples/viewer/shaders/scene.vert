@@ -3,21 +3,7 @@
 
 #include "VrkUtilities.glslh"
 #include "Frame.glslh"
-
-// Mirrored by ObjectRecord in GpuScene.cpp.
-struct ObjectRecord
-{
-    mat4 worldFromModel;
-    mat3 normalFromModel;    // to world space, also where the matrix above scales unevenly or mirrors
-    vec4 baseColor;          // linear
-    vec4 surface;            // x: roughness, y: metallic, z: alpha below which there is a hole
-    uvec4 image;             // xy: token of the picture that colours it, z: how it wraps along s, w: along t
-};
-
-layout(std140) uniform u_Objects
-{
-    ObjectRecord u_Object[OBJECT_CAPACITY];
-};
+#instancedata "Object"
 
 in vec3 va_Vertex;
 in vec3 va_Normal;
@@ -25,20 +11,22 @@ in vec2 va_TexCoord;
 
 out vec3 vo_Position;
 out vec3 vo_Normal;
-flat out vec3 vo_BaseColor;
 out vec2 vo_TexCoord;
-flat out vec3 vo_Surface;
-flat out uvec4 vo_Image;
+flat out uint vo_DrawID;
+
+// The record has nine floats, column by column, in the place of a mat4.
+mat3 normalMatrix()
+{
+    mat4 nine = getModelNormalMatrix();
+    return mat3(nine[0].xyz, vec3(nine[0].w, nine[1].xy), vec3(nine[1].zw, nine[2].x));
+}
 
 void main()
 {
-    uint object = getDrawID();
-    vec4 position = u_Object[object].worldFromModel * vec4(va_Vertex, 1.0);
+    vec4 position = getModelMatrix() * vec4(va_Vertex, 1.0);
     vo_Position = position.xyz;
-    vo_Normal = u_Object[object].normalFromModel * va_Normal;
-    vo_BaseColor = u_Object[object].baseColor.rgb;
-    vo_Surface = u_Object[object].surface.xyz;
+    vo_Normal = normalMatrix() * va_Normal;
     vo_TexCoord = va_TexCoord;
-    vo_Image = u_Object[object].image;
-    gl_Position = u_ClipFromWorld * position;
+    vo_DrawID = getDrawID();
+    gl_Position = u_ClipFromScene * position;
 }

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// What a frame cost, for --stats.
+#pragma once
+
+#include <QStringList>
+
+#include <QtGlobal>
+
+namespace vrkview
+{
+
+struct FrameStats
+{
+    int commands = 0;
+    int culled = 0;
+    quint64 drawCalls = 0;
+    quint64 batches = 0;
+    quint64 indices = 0;
+    quint64 bytesCPU = 0; ///< estimates of the scene
+    quint64 bytesGPU = 0;
+
+    /// Milliseconds that the processor spent.
+    double animate = 0.0;
+    double update = 0.0;
+    double cull = 0.0;
+    double sort = 0.0;
+    double draw = 0.0;
+    double finish = 0.0;
+};
+
+/// The counts of the last of these frames and the median times of all, line by line.
+QStringList report(const QList<FrameStats>& frames);
+
+} // namespace vrkview

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// The roads that records and draw numbers can take to the shader: choices for the whole process, made on the command
+// line and carried out by the renderer. The picture is the same by all of them.
+#pragma once
+
+namespace vrkview
+{
+
+/// What brings the number of a draw to the shader.
+enum class DrawIdCarrier
+{
+    Automatic,    ///< the uniform: with it commands can be culled
+    Uniform,      ///< a uniform set before each draw
+    BaseInstance, ///< the base instance of one instanced draw for each list; nothing is culled
+};
+
+/// What brings the records of objects and materials to the shader.
+enum class RecordCarrier
+{
+    UniformBuffer,
+    Uniform,
+    BufferTexture,
+    Texture,
+    StorageBuffer,
+};
+
+struct RenderSettings
+{
+    DrawIdCarrier drawIdCarrier = DrawIdCarrier::Automatic;
+    RecordCarrier recordCarrier = RecordCarrier::UniformBuffer;
+};
+
+} // namespace vrkview

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "ScenePlans.h"
+
+#include <VrkGL/GLFunctions.h>
+#include <VrkGL/GPUModel.h>
+#include <VrkGL/InstanceDataCollection.h>
+#include <VrkGL/InstanceDataPlan.h>
+#include <VrkGL/InstanceDataRegistry.h>
+
+#include <algorithm>
+
+namespace vrkview
+{
+
+using namespace Harrow::Vrk;
+
+namespace
+{
+
+// Some drivers allow blocks of gigabytes, which no shader compiler likes to see declared.
+constexpr std::size_t kLargestBlock = 64 * 1024;
+constexpr std::size_t kTexelBytes = 16;
+
+const QString kBaseColor = QStringLiteral("BaseColor");
+const QString kSurface = QStringLiteral("Surface");
+const QString kWrap = QStringLiteral("Wrap");
+const QString kColorMap = QStringLiteral("ColorMap");
+
+constexpr InstanceDataPlan::MechanismType kMechanisms[] = {
+    InstanceDataPlan::eUniformBufferMechanism, InstanceDataPlan::eUniformMechanism,
+    InstanceDataPlan::eBufferTextureMechanism, InstanceDataPlan::eTextureMechanism,
+    InstanceDataPlan::eStorageBufferMechanism};
+
+bool isBlock(RecordCarrier carrier)
+{
+    return carrier == RecordCarrier::UniformBuffer;
+}
+
+/// What one collection of a plan can hold.
+std::size_t capacityOf(const InstanceDataPlan& plan)
+{
+    if (plan.mechanism() != InstanceDataPlan::eTextureMechanism)
+        return plan.arraySize();
+    GLint side = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &side);
+    return std::min(plan.arraySize(), std::size_t(std::max(side, 0)) * kTexelBytes / plan.totalDataSize());
+}
+
+} // namespace
+
+ScenePlans::~ScenePlans()
+{
+    InstanceDataRegistry::Instance().clear();
+}
+
+bool ScenePlans::create(RecordCarrier carrier, std::size_t wantedRecords, QString& error)
+{
+    if (carrier == RecordCarrier::StorageBuffer && !InstanceDataPlan::supportsStorageMechanism())
+    {
+        error = QStringLiteral("this driver has no storage blocks");
+        return false;
+    }
+    _fillsBlocks = isBlock(carrier);
+    _objects = newPlan("Object", carrier, wantedRecords);
+    for (const QString& matrix : {kModelMatrix, kPreviousModelMatrix, kInverseModelMatrix, kModelNormalMatrix})
+        _objects->addMember(InstanceDataPlan::eMat4, matrix);
+    _materials = newPlan("Material", carrier, wantedRecords);
+    _materials->addMember(InstanceDataPlan::eVec4, kBaseColor);
+    _materials->addMember(InstanceDataPlan::eVec4, kSurface);
+    _materials->addMember(InstanceDataPlan::eUVec2, kWrap);
+    _materials->addMember(InstanceDataPlan::eTexture, kColorMap);
+    if (_fillsBlocks)
+        for (InstanceDataPlan* const plan : {_objects, _materials})
+            plan->setArraySize(std::min(wantedRecords, kLargestBlock / plan->totalDataSize()));
+    InstanceDataRegistry::Instance().registerPlan(_objects);
+    InstanceDataRegistry::Instance().registerPlan(_materials);
+
+    _capacity = std::min(capacityOf(*_objects), capacityOf(*_materials));
+    if (_capacity > 0)
+        return true;
+    error = QStringLiteral("this driver has no room for the records of one object");
+    return false;
+}
+
+InstanceDataPlan* ScenePlans::newPlan(const char* name, RecordCarrier carrier, std::size_t records) const
+{
+    auto* const plan = new InstanceDataPlan(QLatin1String(name));
+    plan->setMechanism(kMechanisms[int(carrier)]);
+    plan->setArraySize(records);
+    return plan;
+}
+
+/// OpenGL wants a block's buffer to be as large as the block that the shader declares.
+InstanceDataCollection* ScenePlans::newRecords(InstanceDataPlan* plan, std::size_t count) const
+{
+    return new InstanceDataCollection(plan, _fillsBlocks ? plan->arraySize() : count);
+}
+
+InstanceDataCollection* ScenePlans::newObjects(std::size_t count) const
+{
+    return newRecords(_objects, count);
+}
+
+InstanceDataCollection* ScenePlans::newMaterials(std::size_t count, const Material& material,
+                                                 const TextureToken& image) const
+{
+    const float baseColor[] = {material.baseColor.x(), material.baseColor.y(), material.baseColor.z(),
+                               material.opacity};
+    const float surface[] = {material.roughness, material.metallic, material.alphaCutoff,
+                             material.transparent ? 1.0f : 0.0f};
+    const quint32 wrap[] = {quint32(material.wrapS), quint32(material.wrapT)};
+    InstanceDataCollection* const records = newRecords(_materials, count);
+    for (int i = 0; i < records->size(); ++i) // those beyond `count` too, so that they name a token that there is
+    {
+        records->set(i, kBaseColor, baseColor, sizeof baseColor);
+        records->set(i, kSurface, surface, sizeof surface);
+        records->set(i, kWrap, wrap, sizeof wrap);
+        records->set(i, kColorMap, &image.token, sizeof image.token);
+    }
+    return records;
+}
+
+QString ScenePlans::objectUnit() const
+{
+    return _objects->glslc();
+}
+
+QString ScenePlans::materialUnit() const
+{
+    return _materials->glslc();
+}
+
+} // namespace vrkview

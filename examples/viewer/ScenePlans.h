@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// What each instance carries: the plans of the object and the material records. Shaders read them through
+// #instancedata "Object" and #instancedata "Material".
+#pragma once
+
+#include "Model.h"
+#include "RenderSettings.h"
+
+#include <VrkGL/TextureToken.h>
+
+#include <QString>
+
+namespace Harrow::Vrk
+{
+class InstanceDataCollection;
+class InstanceDataPlan;
+} // namespace Harrow::Vrk
+
+namespace vrkview
+{
+
+/// Registers both plans, and takes all plans away at its end; collections must be gone by then. Wants the context
+/// current: a plan asks the driver for its limits.
+class ScenePlans
+{
+public:
+    /// `wantedRecords` is how many records of one list would be of use. False, with `error` in one line, when the
+    /// driver lacks the carrier.
+    bool create(RecordCarrier carrier, std::size_t wantedRecords, QString& error);
+    ~ScenePlans();
+
+    /// Records that one list of drawables can have.
+    std::size_t capacity() const
+    {
+        return _capacity;
+    }
+
+    /// Zeroed records for `count` instances. The caller owns them.
+    Harrow::Vrk::InstanceDataCollection* newObjects(std::size_t count) const;
+    Harrow::Vrk::InstanceDataCollection* newMaterials(std::size_t count, const Material& material,
+                                                      const Harrow::Vrk::TextureToken& image) const;
+
+    /// The units with the accessors, for the stage that uses them.
+    QString objectUnit() const;
+    QString materialUnit() const;
+
+private:
+    Harrow::Vrk::InstanceDataPlan* newPlan(const char* name, RecordCarrier carrier, std::size_t records) const;
+    Harrow::Vrk::InstanceDataCollection* newRecords(Harrow::Vrk::InstanceDataPlan* plan, std::size_t count) const;
+
+    // The registry owns them.
+    Harrow::Vrk::InstanceDataPlan* _objects = nullptr;
+    Harrow::Vrk::InstanceDataPlan* _materials = nullptr;
+    std::size_t _capacity = 0;
+    bool _fillsBlocks = false;
+};
+
+} // namespace vrkview
