@@ -532,6 +532,7 @@ TEST_F(InstanceDataCarriersGL, ACollectionWithoutRecordsIsBoundWithoutAnOpenGLEr
             return;
         const LogCapture reported;
         EXPECT_TRUE(collection->bind(program.get(), nullptr));
+        EXPECT_TRUE(collection->unbind(program.get(), nullptr));
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR)) << kCarrierNames[carrier.mechanism];
     }
 }
