@@ -122,7 +122,7 @@ TEST_F(TextureManagerTest, ATextureOfTheCallerStaysAsItIs)
 
 // ---- tokens of colours ---------------------------------------------------------------------------------------------
 
-TEST_F(TextureManagerTest, AColourHasOneTokenWhateverItsSpecification)
+TEST_F(TextureManagerTest, AColourHasOneTokenWhateverItsModel)
 {
     const QColor rgb(0, 0, 255);
     const QColor hsv = QColor::fromHsv(240, 255, 255);
