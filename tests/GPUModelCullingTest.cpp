@@ -458,8 +458,12 @@ TEST_F(GPUModelCullingTest, ADrawListThatChangedItsCommandsIsCulledAsFarAsItIsKn
     DrawBuffers* const buffers = model.drawBuffers(handle);
     const int transform = model.addTransform(-1, identity);
     model.updateTransforms();
+    loadBox(5, 5, 5, 6, 6, 6); // out of view
     for (const int command : {0, 1})
+    {
         model.useTransform(handle, command, transform);
+        model.useBoundingBox(handle, command, 0);
+    }
     ASSERT_EQ(model.visibilityCull(), 2);
     setCommands(*buffers, 2); // shorter, behind the model's back
     model.setVisibility(transform, 2);

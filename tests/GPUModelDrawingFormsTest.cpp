@@ -4,6 +4,8 @@
 // named; the switch that makes every pass a simple draw.
 #include "GPUModelDrawingTestTools.h"
 
+#include "SamplerTextureManager.h"
+
 #include <functional>
 
 namespace Harrow::Vrk::Test
@@ -148,6 +150,10 @@ TEST_F(GPUModelDrawingFormsTest, AManagerIsMadeWhereThereIsNoneYet)
     const LogCapture log;
     EXPECT_TRUE(model.draw(program.get(), 8, 8, GPUModel::WindingUnchanged, false));
     EXPECT_EQ(log.messages().size(), 1);
+    const std::unique_ptr<SamplerTextureManager> made(
+        dynamic_cast<SamplerTextureManager*>(&TextureManager::Instance()));
+    EXPECT_NE(made, nullptr);
+    EXPECT_EQ(log.messages().size(), 1); // it is there already
 }
 
 // -- keys --

@@ -444,7 +444,7 @@ TEST_F(GPUModelHierarchyTest, ADeepChainIsUpdatedWithParentsBehindTheirChildren)
 
 QString aboveItself(int index)
 {
-    return assertion("!this->_chain.contains(parent)", QStringLiteral("Transform %1 is above itself").arg(index));
+    return assertion("!chain.contains(parent)", QStringLiteral("Transform %1 is above itself").arg(index));
 }
 
 TEST_F(GPUModelHierarchyTest, ParentsInACircleAreReportedAndOneOfThemCountsAsARoot)
@@ -493,7 +493,7 @@ TEST_F(GPUModelHierarchyTest, AParentThatThereIsNotIsReportedAndCountsAsNone)
     model.addTransform(0, translation(0, 1, 0));
     LogCapture log;
     EXPECT_TRUE(model.updateTransforms());
-    EXPECT_EQ(log.messages(), QStringList({noTransform(9, "this->isValidTransform(parent)")}));
+    EXPECT_EQ(log.messages(), QStringList({noTransform(9, "_model.isValidTransform(parent)")}));
     EXPECT_EQ(model.worldTransform(0), translation(1, 0, 0));
     EXPECT_EQ(model.worldTransform(1), translation(1, 1, 0));
     EXPECT_EQ(Access::dirty(model), QList<bool>(2, false));

@@ -125,6 +125,33 @@ TEST_F(GPUModelSortingTest, ABoxIsWhereItsTransformPutsIt)
     EXPECT_EQ(drawnFrom({40, 0, 0}), QList<int>({0, 2, 1}));
 }
 
+TEST_F(GPUModelSortingTest, CommandsAreSortedByWhereTheirTransformsAreNow)
+{
+    const int handle = addBoxes({boxAt(0), boxAt(0), boxAt(0)});
+    const int parent = model.addTransform(-1, QMatrix4x4());
+    const int child = model.addTransform(parent, translation(10, 0, 0));
+    const int other = model.addTransform(-1, translation(20, 0, 0));
+    model.useTransform(handle, 1, child);
+    model.useTransform(handle, 2, other);
+    model.updateTransforms();
+    EXPECT_EQ(drawnFrom({0, 0, 0}), QList<int>({0, 1, 2}));
+    model.setLocalTransform(parent, translation(20, 0, 0), false);
+    EXPECT_EQ(drawnFrom({0, 0, 0}), QList<int>({0, 1, 2})) << "as they were last updated";
+    const GPUModel copy = model;
+    model.updateTransforms();
+    EXPECT_EQ(drawnFrom({0, 0, 0}), QList<int>({0, 2, 1}));
+    model = copy;
+    EXPECT_EQ(drawnFrom({0, 0, 0}), QList<int>({0, 1, 2}));
+    model.clear(); // and whatever was known of transforms of these numbers
+    shown = model.addTransform(-1, translation(50, 0, 0));
+    const int near = model.addTransform(-1, translation(1, 0, 0));
+    model.updateTransforms();
+    const int again = addBoxes({boxAt(0), boxAt(0)});
+    model.useTransform(again, 1, near);
+    lists.back()->setDrawIDBase(0);
+    EXPECT_EQ(drawnFrom({0, 0, 0}), QList<int>({1, 0}));
+}
+
 TEST_F(GPUModelSortingTest, DistancesCountInTheSpaceOfTheBox)
 {
     // In the world the first box begins at 20 and the second at 10; in its own space the first is 2 away.

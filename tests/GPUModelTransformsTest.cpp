@@ -357,7 +357,7 @@ TEST_F(GPUModelTransformsTest, AParentThatThereIsNotIsReportedWhereItIsAsked)
     model.addTransform(-1, identity);
     LogCapture log;
     model.updateTransforms();
-    EXPECT_EQ(log.messages(), QStringList({noTransform(5, "this->isValidTransform(parent)")}));
+    EXPECT_EQ(log.messages(), QStringList({noTransform(5, "_model.isValidTransform(parent)")}));
     log.clear();
     model.setVisibility(1, 3); // else nobody looks upwards
     EXPECT_EQ(model.transformParent(0), 5);

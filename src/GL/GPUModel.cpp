@@ -6,12 +6,10 @@
 #include "Diagnostics.h"
 #include "DrawBuffers.h"
 #include "InstanceDataCollection.h"
-#include "InstanceDataPlan.h"
 
 #include <QSet>
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -455,34 +453,6 @@ void GPUModel::setMaterialProperty(const QString& name, const QString& property,
 void GPUModel::setObjectProperty(const QString& name, const QString& property, const void* data, size_t size)
 {
     setProperty(objectInstances(name), &Drawable::objectData, property, data, size);
-}
-
-/// As `InstanceDataCollection::set` would, with the place of the property looked up once for a run of records of one
-/// plan. What is not plainly within a record is left to that.
-void GPUModel::setProperty(const QList<InstanceRef>& instances, InstanceDataCollection* Drawable::*records,
-                           const QString& property, const void* data, size_t size)
-{
-    const InstanceDataPlan* plan = nullptr;
-    size_t offset = 0;
-    bool fits = false;
-    for (const InstanceRef& ref : instances)
-    {
-        const Drawable* const drawable = std::as_const(*this).find(ref.drawable);
-        InstanceDataCollection* const collection = drawable ? drawable->*records : nullptr;
-        if (!collection)
-            continue;
-        if (collection->plan() != plan)
-        {
-            plan = collection->plan();
-            offset = plan ? static_cast<size_t>(plan->offset(property)) : 0;
-            fits = plan && data && offset <= plan->totalDataSize() && size <= plan->totalDataSize() - offset;
-        }
-        char* const record = fits ? collection->writableRecord(ref.instance) : nullptr;
-        if (record)
-            std::memmove(record + offset, data, size); // it may be a part of the records
-        else
-            collection->set(ref.instance, property, data, size);
-    }
 }
 
 } // namespace Harrow::Vrk

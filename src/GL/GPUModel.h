@@ -317,7 +317,8 @@ public:
 
     /// \name Drawing
     /// One pass. `program` is bound and made for the texture manager (`TextureManager::Instance()` if none is named).
-    /// `matrix` takes the world to the camera and serves the sorting by distance; null for none. With `stencil` the
+    /// `matrix` serves the sorting by distance, nearest first: around the point that is the negated position of its
+    /// inverse, which for a matrix that only moves is where it moves to. Null for no sorting. With `stencil` the
     /// stencil buffer gets each drawable's material key plus 1.
     ///
     /// Leaves face culling off, primitive restart on with index 0xFFFFFFFF (switched on at the first draw of the
@@ -354,11 +355,13 @@ private:
     static constexpr int kHidden = 2;
     static constexpr int kHiddenWithDescendants = 3;
 
-    class MatrixWriter;
     struct Bound;
+    class MatrixWriter;
     struct Pass;
     struct PassState;
+    class RecordRun;
     class ShownTransforms;
+    class Update;
 
     /// One command and how far away it is.
     struct SortEntry
@@ -382,12 +385,9 @@ private:
     const QList<quint8>& dirtyWithAncestors();
     void spreadDirtiness();
     bool spreadDirtinessDownwards();
-    void updateTransform(int index, MatrixWriter& writer);
-    int parentAboveChain(int parent) const;
-    void computeWorldTransform(int index, int above);
-    QMatrix4x4 worldWithoutRotation(int index, const QMatrix4x4& parent);
+    void spreadDirtinessFromMarked();
+    void knowChildren();
     InstanceDataCollection* recordsAt(int position) const;
-    void writeMatrices(int index, MatrixWriter& writer);
     void clearTransforms();
     quint64 transformBytes() const;
 
@@ -398,7 +398,7 @@ private:
     bool draw(const Pass& pass);
     void drawKey(const Pass& pass, int key, const QList<int>& positions, PassState& state);
     bool drawMesh(const Drawable& drawable, const Pass& pass, WindingType winding, PassState& state);
-    bool drawCommands(const Drawable& drawable, const Pass& pass, QList<int>& commands, PassState& state);
+    bool drawMesh(const Drawable& drawable, const Pass& pass, QList<int>& commands, PassState& state);
     void collectCommands(const Drawable& drawable, WindingType winding);
     void sortByDistance(const Drawable& drawable, const QVector3D& point, QList<int>& commands);
     const QMatrix4x4* knowWorldInverses(const Drawable& drawable, const QList<int>& commands);
@@ -435,6 +435,11 @@ private:
     float _defaultFarClip = 200.0f;
 
     int _hiddenTrees = 0; // transforms that hide all below them; as long as there are none, nobody looks upwards
+
+    QList<int> _marked; // transforms in the order in which they became dirty
+    bool _childrenKnown = false;
+    QList<int> _firstChild; // -1 for none, as in the next one
+    QList<int> _nextSibling;
 
     // Kept between passes for their room.
     QList<int> _excluded;

@@ -335,12 +335,12 @@ bool GPUModel::drawSimple(ShaderProgram* program, TextureManager* textureManager
 bool GPUModel::drawMesh(const Drawable& drawable, const Pass& pass, WindingType winding, PassState& state)
 {
     collectCommands(drawable, winding);
-    const bool result = drawCommands(drawable, pass, _commands, state);
+    const bool result = drawMesh(drawable, pass, _commands, state);
     if (!result || _flipped.isEmpty())
         return result;
     const bool isClockwise = winding == WindingCW;
     glFrontFace(isClockwise ? GL_CCW : GL_CW);
-    drawCommands(drawable, pass, _flipped, state);
+    drawMesh(drawable, pass, _flipped, state);
     glFrontFace(isClockwise ? GL_CW : GL_CCW);
     return result;
 }
@@ -389,7 +389,7 @@ void GPUModel::collectCommands(const Drawable& drawable, WindingType winding)
 }
 
 /// Sorts the commands if the pass wants that, binds what they need, and draws them.
-bool GPUModel::drawCommands(const Drawable& drawable, const Pass& pass, QList<int>& commands, PassState& state)
+bool GPUModel::drawMesh(const Drawable& drawable, const Pass& pass, QList<int>& commands, PassState& state)
 {
     if (state.sorts)
         sortByDistance(drawable, state.point, commands);
