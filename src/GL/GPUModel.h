@@ -180,7 +180,7 @@ public:
     static bool flagsLessThan(const Drawable& a, const Drawable& b);
 
     /// Whether the model owns draw lists and records: it deletes them on `clear`, on `set` and at its end. On at the
-    /// start.
+    /// start. Of what it owns nothing may be named by two drawables; `clear` reports it and deletes it once.
     void setDeleteOnClear(bool deleteOnClear);
     /// Removes drawables, transforms and names. Cameras, lights, boxes and settings stay.
     void clear();
@@ -242,9 +242,11 @@ public:
 
     /// Computes the world matrices of what has changed and of all below it, and writes "ModelMatrix",
     /// "PreviousModelMatrix", "InverseModelMatrix" and, if the plan has it, "ModelNormalMatrix" into the object records
-    /// that follow them. False when nothing has changed.
+    /// that follow them. False when nothing has changed. A parent that there is not, or that leads back to the
+    /// transform, is reported and counts as none.
     bool updateTransforms();
-    /// Makes the present matrices of what has moved the previous ones. Once a frame, after the passes.
+    /// Makes the present matrices of what has moved the previous ones. Once a frame, after the passes, and before a
+    /// `clear`: what is left then is reported.
     void updatePreviousMatrices();
     ///@}
 

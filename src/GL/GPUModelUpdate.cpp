@@ -350,14 +350,20 @@ public:
           _negative(model._transformNegative.data()),
           _dirty(model._transformDirty.data()),
           _inverseKnown(model._inverseKnown.data()),
-          _inverses(model._inverseKnown.size())
+          _inverses(model._inverseKnown.size()),
+          _users(model._transformUsers.constData())
     {
     }
 
     void run()
     {
-        for (int index = nextDirty(0); index < _count; index = nextDirty(index + 1))
+        int next = 0;
+        for (int index = nextDirty(0); index < _count; index = next)
         {
+            next = nextDirty(index + 1);
+            fetch(next);
+            if (!_dirty[index])
+                continue; // it was above another one
             const int parent = _parents[index];
             if (parent < 0 || (parent < _count && !_dirty[parent]))
             {
@@ -375,8 +381,24 @@ private:
     int nextDirty(int index) const
     {
         static_assert(sizeof(bool) == 1);
+        if (index >= _count)
+            return _count;
         const void* const found = std::memchr(_dirty + index, 1, static_cast<size_t>(_count - index));
         return found ? static_cast<int>(static_cast<const bool*>(found) - _dirty) : _count;
+    }
+
+    /// Brings what the next transform needs nearer while this one is computed.
+    void fetch(int index) const
+    {
+#if defined(__GNUC__)
+        if (index >= _count)
+            return;
+        __builtin_prefetch(_locals + index);
+        __builtin_prefetch(_worlds + index);
+        __builtin_prefetch(_users[index].constData());
+#else
+        Q_UNUSED(index);
+#endif
     }
 
     /// What is not up to date is collected upwards and computed downwards, so that the depth of a hierarchy costs no
@@ -423,7 +445,7 @@ private:
 
     void writeMatrices(int index)
     {
-        const QList<InstanceRef>& users = _model._transformUsers.at(index);
+        const QList<InstanceRef>& users = _users[index];
         if (users.isEmpty())
             return;
         const QMatrix4x4 inverse = _worlds[index].inverted();
@@ -447,6 +469,7 @@ private:
     bool* const _dirty;
     bool* const _inverseKnown;
     const qsizetype _inverses;
+    const QList<InstanceRef>* const _users;
     const QMatrix4x4 _identity;
     MatrixWriter _writer;
 };
