@@ -4,7 +4,6 @@
 // written bare, also with its commands sorted by distance. At the end: the calls of one frame, and what it allocates.
 #include "GLBench.h"
 #include "GPUModelFrameFloors.h"
-#include "HeapCount.h"
 
 #include "AutoBinder.h"
 #include "BufferObject.h"
@@ -20,6 +19,7 @@
 #include "ShaderProgram.h"
 #include "VertexArrayObject.h"
 #include "support/CallLog.h"
+#include "support/HeapCount.h"
 #include "support/RecordingPlatform.h"
 
 #include <QVector3D>
@@ -389,7 +389,7 @@ long long allocationsOf(GPUModel& model, TextureManager* manager, const QMatrix4
 {
     for (int number = 0; number < 4; ++number)
         frame(model, manager, clipFromWorld, moving, number);
-    const Bench::HeapCount count;
+    const Test::HeapCount count;
     frame(model, manager, clipFromWorld, moving, 4);
     return count.soFar();
 }

@@ -3,13 +3,13 @@
 // it, beside a bare loop of the same matrix operations over flat arrays that writes the same bytes; and a material's
 // property over many records beside a bare loop of copies. At the end the heap allocations of a frame are counted.
 #include "GLBench.h"
-#include "HeapCount.h"
 
 #include "DrawBuffers.h"
 #include "GPUModel.h"
 #include "InstanceDataCollection.h"
 #include "InstanceDataPlan.h"
 #include "InstanceDataRegistry.h"
+#include "support/HeapCount.h"
 
 #include <cstring>
 #include <memory>
@@ -285,7 +285,7 @@ void printAllocations(const char* what, int oneIn)
     };
     frame();
     frame();
-    const Bench::HeapCount count;
+    const Test::HeapCount count;
     for (int i = 0; i < 10; ++i)
         frame();
     std::printf("heap allocations in 10 warm frames, %s of %d transforms changed: %lld\n", what, kMore, count.soFar());

@@ -46,6 +46,7 @@ set(VRK_LAYER_OBJECTS
     DrawBuffers
     DrawElementsIndirectCommand
     FramebufferObject
+    FreeNumbers
     GLSLMacroProcessor
     OpenGLDeviceContext
     RangedDataType
@@ -98,6 +99,7 @@ set(VRK_LAYER_SCENE
 set(VRK_PRIVATE_HEADERS
     BufferObjectEntryPoints.h
     BufferOffset.h
+    FreeNumbers.h
     FrustumTest.h
     GLEnumWords.h
     GLFunctionTable.h

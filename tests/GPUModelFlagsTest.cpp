@@ -29,25 +29,6 @@ protected:
             all.append(drawable.handle);
         return all;
     }
-
-    QList<quint64> flags()
-    {
-        QList<quint64> all;
-        for (const GPUModel::Drawable& drawable : std::as_const(Access::drawables(model)))
-            all.append(drawable.flags);
-        return all;
-    }
-
-    const GPUModel::Drawable& at(int position)
-    {
-        return Pass::drawableAt(model, position);
-    }
-
-    void addAll(const QList<quint64>& flagWords)
-    {
-        for (const quint64 word : flagWords)
-            add(1, word);
-    }
 };
 
 // -- flags --

@@ -40,26 +40,6 @@ constexpr quint64 kAll = ~quint64(0);
 
 class GPUModelTest : public GPUModelFixture
 {
-protected:
-    /// Of what stands at each position.
-    QList<quint64> flags()
-    {
-        QList<quint64> all;
-        for (const GPUModel::Drawable& drawable : std::as_const(Access::drawables(model)))
-            all.append(drawable.flags);
-        return all;
-    }
-
-    const GPUModel::Drawable& at(int position)
-    {
-        return Pass::drawableAt(model, position);
-    }
-
-    void addAll(const QList<quint64>& flagWords)
-    {
-        for (const quint64 word : flagWords)
-            add(1, word);
-    }
 };
 
 // -- adding --

@@ -13,6 +13,7 @@
 #include "support/LogCapture.h"
 
 #include <cstring>
+#include <utility>
 
 namespace Harrow::Vrk
 {
@@ -153,6 +154,27 @@ protected:
     int add(int commands, quint64 flags = 0)
     {
         return model.add(newDrawList(commands), 0, nullptr, newRecords(commands), flags);
+    }
+
+    /// A drawable of one command for each of these flags.
+    void addAll(const QList<quint64>& flagWords)
+    {
+        for (const quint64 word : flagWords)
+            add(1, word);
+    }
+
+    /// Of what stands at each position.
+    QList<quint64> flags()
+    {
+        QList<quint64> all;
+        for (const GPUModel::Drawable& drawable : std::as_const(Access::drawables(model)))
+            all.append(drawable.flags);
+        return all;
+    }
+
+    const GPUModel::Drawable& at(int position)
+    {
+        return Pass::drawableAt(model, position);
     }
 
     /// A drawable of one command that follows `transform`.

@@ -4,10 +4,16 @@
 #include "support/CallLog.h"
 #include "support/FakeDriver.h"
 #include "support/GLTest.h"
+#include "support/HeapCount.h"
 #include "support/LogCapture.h"
 #include "support/Picture.h"
 
+#include <QList>
 #include <QMessageLogger>
+
+#include <cstdlib>
+#include <new>
+#include <thread>
 
 using namespace Harrow::Vrk;
 using namespace Harrow::Vrk::Test;
@@ -101,4 +107,37 @@ TEST(LogCapturing, NestsAndKeepsTypes)
     QMessageLogger().debug("three");
     EXPECT_EQ(outer.texts(), QStringList({QStringLiteral("one"), QStringLiteral("three")}));
     EXPECT_EQ(outer.texts(QtWarningMsg), QStringList({QStringLiteral("one")}));
+}
+
+// Else a test that counts no allocation would say nothing.
+TEST(HeapCounting, CountsTheAllocationsOfThisThreadByWhicheverRoad)
+{
+    const HeapCount count;
+    EXPECT_EQ(count.soFar(), 0);
+    void* volatile memory = ::operator new(7);
+    EXPECT_EQ(count.soFar(), 1) << "of C++";
+    ::operator delete(memory);
+    memory = std::malloc(7);
+    EXPECT_EQ(count.soFar(), 2) << "of C";
+    std::free(memory);
+    const QList<int> list(7);
+    EXPECT_EQ(count.soFar(), 3) << list.size() << " numbers in a container of Qt";
+}
+
+TEST(HeapCounting, LeavesOtherThreadsOut)
+{
+    constexpr int kLists = 1000;
+    long long elsewhere = 0;
+    const HeapCount here;
+    std::thread(
+        [&]
+        {
+            const HeapCount count;
+            for (int i = 0; i < kLists; ++i)
+                const QList<int> list(7);
+            elsewhere = count.soFar();
+        })
+        .join();
+    EXPECT_EQ(elsewhere, kLists);
+    EXPECT_LT(here.soFar(), kLists) << "no more than it takes to start a thread";
 }

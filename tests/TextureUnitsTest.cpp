@@ -1,29 +1,26 @@
 // SPDX-License-Identifier: MIT
 //
-// The books of texture image units: the pool of one context, the records of all contexts, and what textures do with
-// them.
+// The books of texture image units: the pool of one context, and what textures do with it in one context and in
+// several. The records of contexts are in TextureUnitRecordsTest.cpp.
 #include "TextureUnits.h"
 
+#include "FreeNumbersTestTools.h"
 #include "TextureTestTools.h"
-#include "support/RecordingPlatform.h"
+#include "support/HeapCount.h"
 
 #include <QBasicMutex>
 #include <QMessageLogger>
 
-#include <atomic>
 #include <chrono>
 #include <climits>
 #include <functional>
 #include <future>
-#include <thread>
 #include <vector>
 
 namespace Harrow::Vrk::Test
 {
 namespace
 {
-
-using Units = QMap<unsigned, unsigned>;
 
 TextureUnits poolOf(int units)
 {
@@ -47,7 +44,7 @@ TEST(TextureUnitsTest, AllUnitsAreFreeAtFirst)
 {
     const TextureUnits pool = poolOf(3);
     EXPECT_EQ(pool.maxTextureImageUnits, 3);
-    EXPECT_EQ(pool.freeTextureUnits, (Units{{0, 0}, {1, 1}, {2, 2}}));
+    EXPECT_EQ(numbersIn(pool.freeTextureUnits), QList<int>({0, 1, 2}));
     EXPECT_EQ(pool.unitOf(1), -1);
 }
 
@@ -108,7 +105,7 @@ TEST(TextureUnitsTest, TheHighestFreeUnitIsTakenAndNotTheLastFreed)
         pool.take(texture);
     pool.release(70);
     pool.release(72);
-    EXPECT_EQ(pool.freeTextureUnits, (Units{{1, 1}, {3, 3}}));
+    EXPECT_EQ(numbersIn(pool.freeTextureUnits), QList<int>({1, 3}));
     EXPECT_EQ(pool.take(74), 3u);
     EXPECT_EQ(pool.take(75), 1u);
 }
@@ -122,171 +119,7 @@ TEST(TextureUnitsTest, TakeAndReleaseAreEachOthersOpposite)
     EXPECT_EQ(pool.unitOf(7), -1);
     EXPECT_TRUE(pool.textureToUnitMaps.isEmpty());
     EXPECT_TRUE(pool.boundTextureCounts.isEmpty());
-    EXPECT_EQ(pool.freeTextureUnits, (Units{{0, 0}, {1, 1}}));
-}
-
-// ---- the records of contexts ---------------------------------------------------------------------------------------
-
-class TextureUnitRecords : public FakeDriverTest
-{
-protected:
-    void SetUp() override
-    {
-        driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 4);
-        FakeDriverTest::SetUp();
-    }
-};
-
-TEST_F(TextureUnitRecords, AreMadeOnFirstDemandByOneQuery)
-{
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), nullptr);
-    const CallLog calls;
-    TextureUnits& record = TextureUnits::ofCurrentContext();
-    EXPECT_EQ(&TextureUnits::ofCurrentContext(), &record);
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), &record);
-    EXPECT_EQ(record.maxTextureImageUnits, 4);
-    EXPECT_EQ(record.freeTextureUnits, (Units{{0, 0}, {1, 1}, {2, 2}, {3, 3}}));
-    ASSERT_EQ(calls.list().size(), 1);
-    EXPECT_TRUE(calls.list().first().startsWith(QStringLiteral("glGetIntegerv(0x8872, "))) << "the limit of units";
-}
-
-TEST_F(TextureUnitRecords, ToFindOneMakesNoneAndCallsNothing)
-{
-    const CallLog calls;
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), nullptr);
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), nullptr);
-    EXPECT_EQ(calls.list(), QStringList());
-}
-
-TEST_F(TextureUnitRecords, EachContextHasItsOwnAndNoneCountsAsOne)
-{
-    int places[2] = {};
-    TextureUnits& first = TextureUnits::ofCurrentContext();
-    first.take(7);
-    driver.setContext(&places[0]);
-    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 2);
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), nullptr);
-    TextureUnits& second = TextureUnits::ofCurrentContext();
-    EXPECT_NE(&second, &first);
-    EXPECT_EQ(second.maxTextureImageUnits, 2);
-    EXPECT_EQ(second.unitOf(7), -1);
-    driver.setContext(nullptr);
-    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, 0);
-    TextureUnits& none = TextureUnits::ofCurrentContext();
-    EXPECT_EQ(none.maxTextureImageUnits, 0);
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), &none);
-    driver.setContext(&driver);
-    EXPECT_EQ(&TextureUnits::ofCurrentContext(), &first);
-    EXPECT_EQ(first.unitOf(7), 3);
-    driver.setContext(&places[0]);
-    EXPECT_EQ(TextureUnits::findOfCurrentContext(), &second);
-}
-
-TEST_F(TextureUnitRecords, StayWhereTheyAreWhileOthersAreMade)
-{
-    std::vector<char> places(1000);
-    std::vector<TextureUnits*> records;
-    for (char& place : places)
-    {
-        driver.setContext(&place);
-        records.push_back(&TextureUnits::ofCurrentContext());
-        records.back()->take(unsigned(records.size()));
-    }
-    for (std::size_t i = 0; i < places.size(); ++i)
-    {
-        driver.setContext(&places[i]);
-        ASSERT_EQ(&TextureUnits::ofCurrentContext(), records[i]);
-        ASSERT_EQ(TextureUnits::findOfCurrentContext(), records[i]);
-        ASSERT_EQ(records[i]->unitOf(unsigned(i + 1)), 3);
-    }
-}
-
-/// The fake driver with a context of its own on each thread.
-class ContextPerThread final : public GLPlatform
-{
-public:
-    explicit ContextPerThread(GLPlatform& driver) : _driver(driver)
-    {
-        RecordingPlatform::instance().setInner(this);
-    }
-    ~ContextPerThread() override
-    {
-        RecordingPlatform::instance().setInner(&_driver);
-    }
-    void* procAddress(const char* name) override
-    {
-        return _driver.procAddress(name);
-    }
-    void* moduleSymbol(const char* name) override
-    {
-        return _driver.moduleSymbol(name);
-    }
-    void* currentContext() override
-    {
-        return context;
-    }
-
-    static thread_local void* context;
-
-private:
-    GLPlatform& _driver;
-};
-
-thread_local void* ContextPerThread::context = nullptr;
-
-TEST_F(TextureUnitRecords, ThreadsMakeAndUseTheirOwnAtTheSameTime)
-{
-    const ContextPerThread platform(driver);
-    constexpr int kThreads = 4;
-    constexpr int kContexts = 200;
-    std::vector<char> places(kThreads * kContexts);
-    std::atomic<int> wrong = 0;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < kThreads; ++thread)
-        threads.emplace_back(
-            [&, thread]
-            {
-                for (int i = 0; i < kContexts; ++i)
-                {
-                    ContextPerThread::context = &places[std::size_t(thread * kContexts + i)];
-                    wrong += TextureUnits::findOfCurrentContext() != nullptr;
-                    TextureUnits& record = TextureUnits::ofCurrentContext();
-                    wrong += record.take(7) != 3u;
-                    record.release(7);
-                    wrong += TextureUnits::findOfCurrentContext() != &record;
-                    wrong += record.freeTextureUnits.size() != 4;
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
-}
-
-TEST_F(TextureUnitRecords, ThreadsWithoutAContextShareOneRecord)
-{
-    const ContextPerThread platform(driver);
-    constexpr int kThreads = 4;
-    for (int round = 0; round < 100; ++round)
-    {
-        TextureTestAccess::forgetContexts();
-        std::array<const TextureUnits*, kThreads> seen = {};
-        std::atomic<int> waiting = kThreads;
-        std::vector<std::thread> threads;
-        for (const TextureUnits*& record : seen)
-            threads.emplace_back(
-                [&]
-                {
-                    --waiting;
-                    while (waiting > 0)
-                        std::this_thread::yield();
-                    record = &TextureUnits::ofCurrentContext();
-                });
-        for (std::thread& thread : threads)
-            thread.join();
-        for (const TextureUnits* const record : seen)
-            ASSERT_EQ(record, seen[0]);
-        ASSERT_EQ(seen[0]->freeTextureUnits.size(), 4);
-    }
+    EXPECT_EQ(numbersIn(pool.freeTextureUnits), QList<int>({0, 1}));
 }
 
 // ---- whoever handles a message -------------------------------------------------------------------------------------
@@ -403,6 +236,45 @@ TEST_F(TextureContexts, WhetherAUnitIsFreeIsSaidWhileTheGuardIsHeld)
 }
 
 // ---- textures and contexts -----------------------------------------------------------------------------------------
+
+TEST_F(TextureContexts, AWarmBindAndUnbindAllocatesNothing)
+{
+    std::vector<std::unique_ptr<Texture>> textures;
+    for (int i = 0; i < kUnits; ++i)
+        textures.push_back(newTexture());
+    const auto bindAll = [&]
+    {
+        bool bound = true;
+        for (const auto& texture : textures)
+            bound = texture->bind() && texture->bind() && bound;
+        for (const auto& texture : textures)
+            bound = texture->unit() >= 0 && texture->unbind() && texture->unbind() && bound;
+        return bound;
+    };
+    ASSERT_TRUE(bindAll());
+    const HeapCount count;
+    EXPECT_TRUE(bindAll());
+    EXPECT_EQ(count.soFar(), 0);
+}
+
+TEST_F(TextureContexts, AWarmBindAndUnbindOfAllUnitsAllocatesNothing)
+{
+    constexpr int kMany = 1024;
+    driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, kMany);
+    TextureUnits& units = TextureUnits::ofCurrentContext();
+    const auto takeAll = [&]
+    {
+        for (unsigned name = 1; name <= kMany; ++name)
+            units.take(name);
+        for (unsigned name = 1; name <= kMany; ++name)
+            units.release(name);
+    };
+    takeAll();
+    const HeapCount count;
+    takeAll();
+    EXPECT_EQ(count.soFar(), 0);
+    EXPECT_EQ(units.freeTextureUnits.size(), kMany);
+}
 
 TEST_F(TextureContexts, AQuestionInAFreshContextOpensItsBooksWithOneQuery)
 {

@@ -2,6 +2,9 @@
 #include "UniformBufferObjectTestTools.h"
 
 #include "ShaderTestTools.h"
+#include "support/HeapCount.h"
+
+#include <utility>
 
 namespace Harrow::Vrk::Test
 {
@@ -128,6 +131,47 @@ TEST_F(UniformBufferObjectTest, WhoeverHandlesTheMessageOfAMissMayUseAnotherCont
     EXPECT_EQ(Access::uniformRecord().bindingOf(1), -1) << "the pools are still apart";
     driver.setContext(&driver);
     EXPECT_EQ(block->uniformBlockBinding(), 0);
+}
+
+TEST_F(UniformBufferObjectTest, AWarmBindAndUnbindAllocatesNothing)
+{
+    const auto program = linkedProgram({"u_Block"});
+    ASSERT_TRUE(program->bind());
+    QList<QSharedPointer<UniformBufferObject>> blocks;
+    for (int i = 0; i < 90; ++i)
+        blocks.append(newBlock(newBlockBuffer()));
+    const auto bindAll = [&]
+    {
+        bool bound = true;
+        for (const auto& block : std::as_const(blocks))
+            bound = block->bind() && block->bind(program.data()) && block->uniformBlockBinding() >= 0 && bound;
+        for (const auto& block : std::as_const(blocks))
+            bound = block->unbind() && block->unbind(program.data()) && bound;
+        return bound;
+    };
+    ASSERT_TRUE(bindAll());
+    const HeapCount count;
+    EXPECT_TRUE(bindAll());
+    EXPECT_EQ(count.soFar(), 0);
+    EXPECT_EQ(Access::uniformRecord()._freeBindings.size(), 90);
+    program->unbind();
+}
+
+TEST_F(UniformBufferObjectTest, AWarmBatchAllocatesNothing)
+{
+    const auto first = newBlock(newBlockBuffer());
+    const auto second = newBlock(newBlockBuffer(16, GL_SHADER_STORAGE_BUFFER));
+    const auto bindBoth = [&]
+    {
+        UniformBufferObject::bindBatchStart();
+        const bool bound = first->bind(nullptr) && second->bind(nullptr);
+        UniformBufferObject::bindBatchFlush();
+        return first->unbind(nullptr) && second->unbind(nullptr) && bound;
+    };
+    ASSERT_TRUE(bindBoth());
+    const HeapCount count;
+    EXPECT_TRUE(bindBoth());
+    EXPECT_EQ(count.soFar(), 0);
 }
 
 TEST_F(UniformBufferObjectTest, BindWithoutAProgramInUseWarnsAndFails)

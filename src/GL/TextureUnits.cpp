@@ -27,6 +27,30 @@ struct ContextRecord
 
 std::atomic<const ContextRecord*> newestRecord = nullptr;
 
+/// What a thread has used last, so that its binds take no lock while it stays in one context. It holds for as long as
+/// the records are of this generation.
+struct LastRecord
+{
+    const void* context = nullptr;
+    TextureUnits* units = nullptr;
+    unsigned generation = 0;
+};
+
+thread_local LastRecord last;
+std::atomic<unsigned> generation = 0;
+
+TextureUnits* rememberedUnits(const void* context)
+{
+    const bool holds = last.context == context && last.generation == generation.load(std::memory_order_acquire);
+    return holds ? last.units : nullptr;
+}
+
+TextureUnits& remember(ContextRecord* record)
+{
+    last = {record->context, &record->units, generation.load(std::memory_order_relaxed)};
+    return record->units;
+}
+
 QHash<void*, ContextRecord*>& records()
 {
     // Never destroyed: textures that outlive the library's own statics may still unbind. The records do not move
@@ -56,9 +80,11 @@ QBasicMutex& TextureUnits::recordsMutex()
 TextureUnits& TextureUnits::ofCurrentContext()
 {
     void* const context = GLContextTracker::currentContext();
+    if (TextureUnits* const known = rememberedUnits(context))
+        return *known;
     QMutexLocker lock(&recordsMutex());
     if (ContextRecord* const known = records().value(context))
-        return known->units;
+        return remember(known);
     // The driver may log, and whoever handles the message come here again.
     lock.unlock();
     auto made = newRecord(context);
@@ -70,12 +96,14 @@ TextureUnits& TextureUnits::ofCurrentContext()
         record = made.release();
         newestRecord.store(record, std::memory_order_release);
     }
-    return record->units;
+    return remember(record);
 }
 
 const TextureUnits* TextureUnits::findOfCurrentContext()
 {
     void* const context = GLContextTracker::currentContext();
+    if (const TextureUnits* const known = rememberedUnits(context))
+        return known;
     for (const auto* record = newestRecord.load(std::memory_order_acquire); record; record = record->older)
         if (record->context == context)
             return &record->units;
@@ -85,6 +113,7 @@ const TextureUnits* TextureUnits::findOfCurrentContext()
 void TextureUnits::forgetAll()
 {
     const QMutexLocker lock(&recordsMutex());
+    generation.fetch_add(1, std::memory_order_release);
     newestRecord.store(nullptr);
     qDeleteAll(records());
     records().clear();
@@ -97,8 +126,7 @@ void TextureUnits::initilizeFreeTextureUnits(int maxUnits, const void* context)
                "VrkTexture::initilizeFreeTextureUnits() : m_MaxTextureImageUnits is set for exisitng GL context, %p",
                context);
     maxTextureImageUnits = std::clamp(maxUnits, 0, kMaxUnits);
-    for (unsigned unit = 0; static_cast<int>(unit) < maxTextureImageUnits; ++unit)
-        freeTextureUnits.insert(unit, unit);
+    freeTextureUnits.insertBelow(maxTextureImageUnits);
 }
 
 int TextureUnits::unitOf(unsigned texture) const
@@ -109,7 +137,7 @@ int TextureUnits::unitOf(unsigned texture) const
 
 unsigned TextureUnits::take(unsigned texture)
 {
-    const unsigned unit = freeTextureUnits.lastKey();
+    const auto unit = static_cast<unsigned>(freeTextureUnits.last());
     freeTextureUnits.remove(unit);
     textureToUnitMaps.insert(texture, unit);
     boundTextureCounts.insert(texture, 1);
@@ -120,7 +148,7 @@ void TextureUnits::release(unsigned texture)
 {
     const unsigned unit = textureToUnitMaps.take(texture);
     boundTextureCounts.remove(texture);
-    freeTextureUnits.insert(unit, unit);
+    freeTextureUnits.insert(unit);
 }
 
 } // namespace Harrow::Vrk

@@ -6,9 +6,9 @@
 /// are free. Book-keeping only, but for the making of a context's record. Not installed.
 
 #include "Export.h"
+#include "FreeNumbers.h"
 
 #include <QHash>
-#include <QMap>
 
 class QBasicMutex;
 
@@ -23,8 +23,8 @@ struct VRKGL_EXPORT TextureUnits
 
     /// The record of the current context, made with all units free on first demand. A record stays where it is to the
     /// end of the process, also when its context is gone, and belongs to the thread of its context: only the finding
-    /// and keeping is guarded. While the guard is held no OpenGL call is made and nothing is logged, so whoever handles
-    /// a message may bind textures.
+    /// and keeping is guarded. A thread that stays in one context takes no lock. While the guard is held no OpenGL call
+    /// is made and nothing is logged, so whoever handles a message may bind textures.
     static TextureUnits& ofCurrentContext();
 
     /// The record of the current context if there is one, else null. Makes none and takes no lock.
@@ -47,13 +47,12 @@ struct VRKGL_EXPORT TextureUnits
     int maxTextureImageUnits = 0;
     QHash<unsigned, unsigned> textureToUnitMaps;
     QHash<unsigned, int> boundTextureCounts;
-    /// Ascending; key and value are the same.
-    QMap<unsigned, unsigned> freeTextureUnits;
+    FreeNumbers freeTextureUnits;
 
 private:
     friend struct TextureTestAccess;
 
-    /// For tests, whose contexts come again at the same place.
+    /// For tests, whose contexts come again at the same place. No other thread may use a record meanwhile.
     static void forgetAll();
 
     static QBasicMutex& recordsMutex();

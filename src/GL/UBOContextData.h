@@ -5,11 +5,11 @@
 /// The pool of indexed binding points that one context has for one kind of block: who holds which point, how often, and
 /// what a batch has touched. Book-keeping only, no OpenGL call is made here. Not installed.
 
+#include "FreeNumbers.h"
 #include "GLOptionalFunctions.h"
 
 #include <QHash>
 #include <QList>
-#include <QMap>
 
 #include <algorithm>
 
@@ -20,8 +20,7 @@ struct UBOContextData
 {
     UBOContextData(GLenum target, int maxBindings) : _target(target), _maxBindings(std::max(maxBindings, 0))
     {
-        for (int binding = 0; binding < _maxBindings; ++binding)
-            _freeBindings.insert(binding, binding);
+        _freeBindings.insertBelow(_maxBindings);
         _bindingBuffers.resize(_maxBindings, 0u);
     }
 
@@ -34,15 +33,13 @@ struct UBOContextData
     /// `preferred` if it is free, else the lowest free point, or -1 when all are taken. Takes nothing.
     int chooseBinding(int preferred) const
     {
-        if (_freeBindings.contains(preferred))
-            return preferred;
-        return _freeBindings.isEmpty() ? -1 : _freeBindings.firstKey();
+        return _freeBindings.contains(static_cast<unsigned>(preferred)) ? preferred : _freeBindings.first();
     }
 
     /// Gives a free binding point to a buffer that has none; one bind is then in force.
     void take(GLuint buffer, int binding)
     {
-        _freeBindings.remove(binding);
+        _freeBindings.remove(static_cast<unsigned>(binding));
         _uniformBufferObjectToUniformBlockBindingMaps.insert(buffer, binding);
         _boundUniformBufferObjectCounts.insert(buffer, 1);
         _bindingBuffers[binding] = buffer;
@@ -53,7 +50,7 @@ struct UBOContextData
     {
         const int binding = _uniformBufferObjectToUniformBlockBindingMaps.take(buffer);
         _boundUniformBufferObjectCounts.remove(buffer);
-        _freeBindings.insert(binding, binding);
+        _freeBindings.insert(static_cast<unsigned>(binding));
         _bindingBuffers[binding] = 0;
     }
 
@@ -85,7 +82,7 @@ struct UBOContextData
     int _maxBindings;
     QHash<GLuint, int> _uniformBufferObjectToUniformBlockBindingMaps;
     QHash<GLuint, int> _boundUniformBufferObjectCounts;
-    QMap<int, int> _freeBindings;
+    FreeNumbers _freeBindings;
     // Lowest and highest binding point of the batch. Both are -1 outside a batch; in one that has touched nothing yet
     // the range is empty.
     int _batchFirst = -1;

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "support/HeapCount.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+
+thread_local long long allocations = 0;
+
+} // namespace
+
+#if defined(__SANITIZE_ADDRESS__)
+
+// The sanitizer's own functions stay in their place, so that it goes on to compare what is allocated and freed how. Not
+// every compiler comes with the header that declares this.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
+                                                         void (*released)(const volatile void*));
+
+[[maybe_unused]] static const int installed = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t) { ++allocations; }, [](const volatile void*) {});
+
+#elif defined(__GLIBC__)
+
+extern "C"
+{
+    void* __libc_malloc(std::size_t bytes);
+    void* __libc_calloc(std::size_t count, std::size_t bytes);
+    void* __libc_realloc(void* memory, std::size_t bytes);
+
+    void* malloc(std::size_t bytes)
+    {
+        ++allocations;
+        return __libc_malloc(bytes);
+    }
+    void* calloc(std::size_t count, std::size_t bytes)
+    {
+        ++allocations;
+        return __libc_calloc(count, bytes);
+    }
+    void* realloc(void* memory, std::size_t bytes)
+    {
+        ++allocations;
+        return __libc_realloc(memory, bytes);
+    }
+}
+
+#else
+
+void* operator new(std::size_t bytes)
+{
+    ++allocations;
+    if (void* const memory = std::malloc(bytes ? bytes : 1))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+#endif
+
+namespace Harrow::Vrk::Test
+{
+
+HeapCount::HeapCount() : _start(allocations) {}
+
+long long HeapCount::soFar() const
+{
+    return allocations - _start;
+}
+
+} // namespace Harrow::Vrk::Test

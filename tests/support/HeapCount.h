@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// \file
+/// Counts what a stretch of code allocates, the library's share and the driver's: HeapCount.cpp counts for the whole
+/// program, what the containers of Qt take from C included.
+
+namespace Harrow::Vrk::Test
+{
+
+/// Allocations of this thread since its construction.
+class HeapCount
+{
+public:
+    HeapCount();
+
+    long long soFar() const;
+
+private:
+    long long _start;
+};
+
+} // namespace Harrow::Vrk::Test
