@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QResource>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -486,14 +487,11 @@ TEST_F(UnreadableFiles, OfAClosedFolderHaveNoBytes)
     const QString where = writeDigits();
     const QByteArray folder = QFile::encodeName(_directory.path());
     ASSERT_EQ(chmod(folder.constData(), 0), 0);
-    {
-        const WithoutPrivileges scope;
-        if (!canRead(where))
-            expectNothing(where);
-        else
-            GTEST_SKIP() << "this system lets root read everything";
-    }
-    ASSERT_EQ(chmod(folder.constData(), 0700), 0);
+    const auto open = qScopeGuard([&] { EXPECT_EQ(chmod(folder.constData(), 0700), 0); });
+    const WithoutPrivileges scope;
+    if (canRead(where))
+        GTEST_SKIP() << "this system lets root read everything";
+    expectNothing(where);
 }
 
 TEST_F(MemoryMappedFiles, APipeIsNotWaitedFor)
