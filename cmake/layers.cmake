@@ -59,6 +59,9 @@ set(VRK_LAYER_OBJECTS
 
 # Textures, their formats and units; reading them from files, pooling and processing them.
 set(VRK_LAYER_TEXTURES
+    KTXLayout
+    KTXReader
+    KTXRecogniser
     Texture
     TextureFileInfo
     TextureFormat
@@ -108,6 +111,7 @@ set(VRK_PRIVATE_HEADERS
     GLRequirements.h
     GLRuntimeTestAccess.h
     GPUModelShownTransforms.h
+    KTXLayout.h
     ShaderFile.h
     ShaderProgramEntryPoints.h
     ShaderReport.h
