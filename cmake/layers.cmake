@@ -59,9 +59,15 @@ set(VRK_LAYER_OBJECTS
 
 # Textures, their formats and units; reading them from files, pooling and processing them.
 set(VRK_LAYER_TEXTURES
+    ASTCReader
+    ASTCRecogniser
+    HDRReader
+    HDRRecogniser
     KTXLayout
     KTXReader
     KTXRecogniser
+    RadianceHeader
+    RadianceRows
     Texture
     TextureFileInfo
     TextureFormat
@@ -112,6 +118,8 @@ set(VRK_PRIVATE_HEADERS
     GLRuntimeTestAccess.h
     GPUModelShownTransforms.h
     KTXLayout.h
+    RadianceHeader.h
+    RadianceRows.h
     ShaderFile.h
     ShaderProgramEntryPoints.h
     ShaderReport.h
