@@ -69,6 +69,7 @@ set(VRK_LAYER_TEXTURES
     RadianceHeader
     RadianceRows
     Texture
+    TextureFileFormats
     TextureFileInfo
     TextureFormat
     TextureIO
@@ -124,6 +125,7 @@ set(VRK_PRIVATE_HEADERS
     ShaderProgramEntryPoints.h
     ShaderReport.h
     ShaderText.h
+    TextureFileFormats.h
     TextureFormatNames.h
     TextureLevels.h
     TextureMechanism.h

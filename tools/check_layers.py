@@ -15,6 +15,7 @@ ROOT = Path(__file__).resolve().parent.parent
 ALLOWED_UPWARD = {
     ("FramebufferObject", "Texture"),
     ("FramebufferObject", "TextureManager"),
+    ("GLUtilities", "TextureFileFormats"),
     ("GLSLMacroProcessor", "InstanceDataPlan"),
     ("GLSLMacroProcessor", "InstanceDataRegistry"),
 }

@@ -7,6 +7,7 @@
 #include "GLFunctions.h"
 #include "GLPlatform.h"
 #include "GLRuntimeTestAccess.h"
+#include "TextureFileFormats.h"
 
 #include <QBasicMutex>
 #include <QHash>
@@ -103,6 +104,8 @@ bool initializeGLFunctions(void)
         VRK_LOG_CRITICAL("Failed to initialize OpenGL '%s'", version ? reinterpret_cast<const char*>(version) : "");
         initialised = false;
     }
+    // Also after a failure: files can be recognised without OpenGL.
+    Harrow::Vrk::registerTextureFileFormats();
     return initialised;
 }
 

@@ -12,6 +12,9 @@
 /// before it uses anything else of the library; the library never calls it. Returns whether the table is filled. On
 /// failure it logs "Failed to initialize OpenGL '%s'" (critical, guarded) with the driver's version text; such a call
 /// can be repeated. A repeated successful call costs nothing.
+///
+/// Each other call, also one that fails, registers the recognisers of texture files that the library has: Radiance
+/// "hdr", "ktx" and "astc", in this order. See `RegisterTextureRecogniser`.
 VRKGL_EXPORT bool initializeGLFunctions(void);
 
 /// Sends the driver's debug reports, through `GL_ARB_debug_output`, to the guarded debug log: synchronously, on the
