@@ -5,7 +5,7 @@
 # A unit is a file name under src/Core or src/GL without its suffix; UnitTopic.cpp belongs to the unit Unit when Unit is
 # listed and UnitTopic is not.
 
-set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES MANAGERS SCENE)
+set(VRK_LAYERS CORE RUNTIME OBJECTS TEXTURES MANAGERS SCENE LIGHTING)
 
 # src/Core: knows no OpenGL.
 set(VRK_LAYER_CORE
@@ -105,6 +105,12 @@ set(VRK_LAYER_SCENE
     Plane
     VectorNormalize)
 
+# What lights need beside the scene: shadows.
+set(VRK_LAYER_LIGHTING
+    ShadowMapFitting
+    ShadowMapManager
+    ShadowMapManagerCulling)
+
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
     BufferObjectEntryPoints.h
@@ -125,6 +131,7 @@ set(VRK_PRIVATE_HEADERS
     ShaderProgramEntryPoints.h
     ShaderReport.h
     ShaderText.h
+    ShadowMapFitting.h
     TextureFileFormats.h
     TextureFormatNames.h
     TextureLevels.h
