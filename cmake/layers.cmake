@@ -83,11 +83,15 @@ set(VRK_LAYER_TEXTURES
 # Tokens, the managers that make them reachable, and the textures that managers keep up to date; the records of drawn
 # instances and what carries them to a shader.
 set(VRK_LAYER_MANAGERS
+    BindlessHandles
+    BindlessTextureFunctions
+    BindlessTextureManager
     InstanceData
     InstanceDataCollection
     InstanceDataPlan
     InstanceDataRegistry
     ParameterMechanism
+    SamplerSlots
     SamplerTextureManager
     TextureManager
     TextureMechanism
@@ -113,6 +117,8 @@ set(VRK_LAYER_LIGHTING
 
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
+    BindlessHandles.h
+    BindlessTextureFunctions.h
     BufferObjectEntryPoints.h
     BufferOffset.h
     FreeNumbers.h
@@ -127,6 +133,7 @@ set(VRK_PRIVATE_HEADERS
     KTXLayout.h
     RadianceHeader.h
     RadianceRows.h
+    SamplerSlots.h
     ShaderFile.h
     ShaderProgramEntryPoints.h
     ShaderReport.h

@@ -2,15 +2,11 @@
 #pragma once
 
 /// \file
-/// What the suites of SamplerTextureManager on the fake driver share: a view of its books, a driver that keeps what is
-/// uploaded, and the call lists of each step of a draw.
+/// What the suites of SamplerTextureManager on the fake driver share: a view of its books and its steps of a draw.
 
 #include "SamplerTextureManager.h"
 
-#include "ShaderProgram.h"
-#include "TextureManagerTestTools.h"
-
-#include <QRegularExpression>
+#include "SamplerSlotsTestTools.h"
 
 namespace Harrow::Vrk
 {
@@ -23,19 +19,19 @@ struct SamplerTextureManagerTestAccess
     }
     static const QList<int>& slotUnits(const SamplerTextureManager& manager)
     {
-        return manager._slotUnits;
+        return SamplerSlotsTestAccess::slotUnits(*manager._slots);
     }
     static const QList<int>& slotRefCounts(const SamplerTextureManager& manager)
     {
-        return manager._slotRefCounts;
+        return SamplerSlotsTestAccess::slotRefCounts(*manager._slots);
     }
     static Texture* slotMapTexture(const SamplerTextureManager& manager)
     {
-        return manager._slotMapTexture.get();
+        return SamplerSlotsTestAccess::slotMapTexture(*manager._slots);
     }
     static Texture* defaultTexture(const SamplerTextureManager& manager)
     {
-        return manager._defaultTexture.get();
+        return SamplerSlotsTestAccess::defaultTexture(*manager._slots);
     }
 };
 
@@ -44,64 +40,27 @@ struct SamplerTextureManagerTestAccess
 namespace Harrow::Vrk::Test
 {
 
-inline constexpr int kManyUnits = 8;
-inline constexpr GLint kMapLocation = 11;
-inline constexpr GLint kSlotsLocation = 12;
-inline constexpr const char* kMapName = "u_TextureTokenManagedTextureSlotMap";
-inline constexpr const char* kSlotsName = "u_ManagedTextureSlots[0]";
-
-/// What the driver was given last.
-inline QList<int> uploadedMap;
-inline QList<int> uploadedSlots;
-
-inline void VRK_GLAPIENTRY keepImage(GLenum, GLint, GLint, GLsizei width, GLsizei, GLint, GLenum format, GLenum,
-                                     const void* texels)
-{
-    if (format != GL_RED_INTEGER)
-        return;
-    const auto* const slotNumbers = static_cast<const GLint*>(texels);
-    uploadedMap = QList<int>(slotNumbers, slotNumbers + width);
-}
-
-inline void VRK_GLAPIENTRY keepSlots(GLint, GLsizei count, const GLint* units)
-{
-    uploadedSlots = count > 0 ? QList<int>(units, units + count) : QList<int>();
-}
-
 class ReservingManager : public SamplerTextureManager
 {
 public:
     using SamplerTextureManager::reserveTokenBlock;
 };
 
-class SamplerFixture : public ManagerFixture
+class SamplerFixture : public SlotsFixture
 {
 protected:
     using Slots = SamplerTextureManagerTestAccess;
 
     void SetUp() override
     {
-        ManagerFixture::SetUp();
-        driver.setInteger(GL_MAX_TEXTURE_IMAGE_UNITS, kManyUnits);
-        driver.setInteger(GL_MAX_TEXTURE_SIZE, 1024);
-        driver.setUniformLocation(kMapName, kMapLocation);
-        driver.setUniformLocation(kSlotsName, kSlotsLocation);
-        driver.replace("glTexImage2D", &keepImage);
-        driver.replace("glUniform1iv", &keepSlots);
-        ASSERT_EQ(driver.load(), 1);
-        uploadedMap.clear();
-        uploadedSlots.clear();
-        program = std::make_unique<ShaderProgram>();
-        ASSERT_TRUE(program->link());
+        SlotsFixture::SetUp();
         sampler = std::make_unique<ReservingManager>();
-        makeRecord();
     }
 
     void TearDown() override
     {
-        program.reset();
         sampler.reset();
-        ManagerFixture::TearDown();
+        SlotsFixture::TearDown();
     }
 
     /// Textures 1000, 1001, … with the tokens 1, 2, …; token 0 is white.
@@ -121,74 +80,12 @@ protected:
         sampler->unbind(list);
     }
 
-    static QStringList masked(const CallLog& calls)
-    {
-        static const QRegularExpression address(QStringLiteral("@[0-9a-f]+"));
-        QStringList result = calls.list();
-        return result.replaceInStrings(address, QStringLiteral("@"));
-    }
-
-    static QString pointerCall(const char* function, std::initializer_list<GLint> numbers)
-    {
-        QStringList texts;
-        for (const GLint number : numbers)
-            texts.append(CallLog::call("", number).mid(1).chopped(1));
-        texts.append(QStringLiteral("@"));
-        return QString::fromLatin1(function) + QLatin1Char('(') + texts.join(QStringLiteral(", ")) + QLatin1Char(')');
-    }
-
-    static QStringList bound(int unit, GLuint name)
-    {
-        return {activate(unit), bindName(name)};
-    }
-
-    static QStringList nearest()
-    {
-        return {parameter(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST),
-                parameter(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST)};
-    }
-
-    static QStringList makingDefault(int unit, GLuint name)
-    {
-        return QStringList({pointerCall("glGenTextures", {1})}) + bound(unit, name) + nearest() + bound(unit, 0);
-    }
-
-    static QStringList makingMap(int unit, GLuint name)
-    {
-        return QStringList({pointerCall("glGenTextures", {1})}) + bound(unit, name) + nearest() +
-               QStringList({parameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE),
-                            parameter(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)}) +
-               bound(unit, 0);
-    }
-
     static QString uploadingMap(int width)
     {
         return pointerCall("glTexImage2D", {GL_TEXTURE_2D, 0, GL_R32I, width, 1, 0, GL_RED_INTEGER, GL_INT});
     }
 
-    static QStringList asking(GLuint name)
-    {
-        return {CallLog::call("glGetUniformLocation", name, kMapName),
-                CallLog::call("glGetUniformLocation", name, kSlotsName)};
-    }
-
-    static QString settingMap(int unit)
-    {
-        return CallLog::call("glUniform1i", kMapLocation, unit);
-    }
-
-    static QString settingSlots(int count)
-    {
-        return pointerCall("glUniform1iv", {kSlotsLocation, count});
-    }
-
-    static bool allUnitsFree()
-    {
-        return TextureUnits::ofCurrentContext().freeTextureUnits.size() == kManyUnits;
-    }
-
     std::unique_ptr<ReservingManager> sampler;
-    std::unique_ptr<ShaderProgram> program;
 };
 
 } // namespace Harrow::Vrk::Test

@@ -47,6 +47,14 @@ OPTIONAL_FUNCTIONS = [
     "glGetProgramInterfaceiv",
     "glGetProgramResourceIndex",
     "glGetProgramResourceName",
+    "glGetTextureHandleARB",
+    "glGetTextureHandleNV",
+    "glIsTextureHandleResidentARB",
+    "glIsTextureHandleResidentNV",
+    "glMakeTextureHandleNonResidentARB",
+    "glMakeTextureHandleNonResidentNV",
+    "glMakeTextureHandleResidentARB",
+    "glMakeTextureHandleResidentNV",
     "glNamedBufferData",
     "glNamedBufferStorage",
     "glNamedBufferSubData",
@@ -54,6 +62,8 @@ OPTIONAL_FUNCTIONS = [
     "glProgramBinaryOES",
     "glProgramParameteri",
     "glShaderStorageBlockBinding",
+    "glUniformHandleui64vARB",
+    "glUniformHandleui64vNV",
 ]
 
 # Constants come from these API sources: all desktop versions, and extensions that the library names.

@@ -26,6 +26,14 @@ using PFN_glGetProgramBinaryOES = void(VRK_GLAPIENTRY*)(GLuint program, GLsizei 
 using PFN_glGetProgramInterfaceiv = void(VRK_GLAPIENTRY*)(GLuint program, GLenum programInterface, GLenum pname, GLint* params);
 using PFN_glGetProgramResourceIndex = GLuint(VRK_GLAPIENTRY*)(GLuint program, GLenum programInterface, const GLchar* name);
 using PFN_glGetProgramResourceName = void(VRK_GLAPIENTRY*)(GLuint program, GLenum programInterface, GLuint index, GLsizei bufSize, GLsizei* length, GLchar* name);
+using PFN_glGetTextureHandleARB = GLuint64(VRK_GLAPIENTRY*)(GLuint texture);
+using PFN_glGetTextureHandleNV = GLuint64(VRK_GLAPIENTRY*)(GLuint texture);
+using PFN_glIsTextureHandleResidentARB = GLboolean(VRK_GLAPIENTRY*)(GLuint64 handle);
+using PFN_glIsTextureHandleResidentNV = GLboolean(VRK_GLAPIENTRY*)(GLuint64 handle);
+using PFN_glMakeTextureHandleNonResidentARB = void(VRK_GLAPIENTRY*)(GLuint64 handle);
+using PFN_glMakeTextureHandleNonResidentNV = void(VRK_GLAPIENTRY*)(GLuint64 handle);
+using PFN_glMakeTextureHandleResidentARB = void(VRK_GLAPIENTRY*)(GLuint64 handle);
+using PFN_glMakeTextureHandleResidentNV = void(VRK_GLAPIENTRY*)(GLuint64 handle);
 using PFN_glNamedBufferData = void(VRK_GLAPIENTRY*)(GLuint buffer, GLsizeiptr size, const void* data, GLenum usage);
 using PFN_glNamedBufferStorage = void(VRK_GLAPIENTRY*)(GLuint buffer, GLsizeiptr size, const void* data, GLbitfield flags);
 using PFN_glNamedBufferSubData = void(VRK_GLAPIENTRY*)(GLuint buffer, GLintptr offset, GLsizeiptr size, const void* data);
@@ -33,5 +41,7 @@ using PFN_glProgramBinary = void(VRK_GLAPIENTRY*)(GLuint program, GLenum binaryF
 using PFN_glProgramBinaryOES = void(VRK_GLAPIENTRY*)(GLuint program, GLenum binaryFormat, const void* binary, GLint length);
 using PFN_glProgramParameteri = void(VRK_GLAPIENTRY*)(GLuint program, GLenum pname, GLint value);
 using PFN_glShaderStorageBlockBinding = void(VRK_GLAPIENTRY*)(GLuint program, GLuint storageBlockIndex, GLuint storageBlockBinding);
+using PFN_glUniformHandleui64vARB = void(VRK_GLAPIENTRY*)(GLint location, GLsizei count, const GLuint64* value);
+using PFN_glUniformHandleui64vNV = void(VRK_GLAPIENTRY*)(GLint location, GLsizei count, const GLuint64* value);
 
 } // namespace Harrow::Vrk

@@ -10,6 +10,8 @@
 namespace Harrow::Vrk
 {
 
+class SamplerSlots;
+
 /// A slot is one entry of a uniform array of `sampler2D`; a texture of one row tells the slot of each token. The GLSL
 /// knows 16 slots, and a driver has its own limit of samplers for a stage, of which the row takes one. Only
 /// `GL_TEXTURE_2D` textures can be sampled, in the fragment stage or any other that `getShaderFile` is added for.
@@ -52,23 +54,10 @@ protected:
 private:
     friend struct SamplerTextureManagerTestAccess;
 
-    void reserveSlots();
-    int takeSlot(int unit);
     void setTokenSlot(const Texture* texture, int slot);
-    void makeDefaultTexture();
-    void makeSlotMapTexture();
-    void uploadSlotMap();
-    void bindDefaultTexture();
-    void fillUnusedSlots();
-    int uploadableSlots() const;
 
-    bool _slotMapDirty = true;
-    std::unique_ptr<Texture> _slotMapTexture;
+    std::unique_ptr<SamplerSlots> _slots;
     QList<int> _tokenToSlot;
-    QList<int> _slotUnits;
-    QList<int> _slotRefCounts;
-    std::unique_ptr<Texture> _defaultTexture;
-    Texture* _boundDefaultTexture = nullptr;
 };
 
 } // namespace Harrow::Vrk

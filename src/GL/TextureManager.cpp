@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TextureManager.h"
 
+#include "BindlessTextureManager.h"
 #include "Diagnostics.h"
 #include "GLSLMacroProcessor.h"
 #include "SamplerTextureManager.h"
@@ -63,7 +64,14 @@ TextureManager::~TextureManager()
 
 TextureManager& TextureManager::Instance()
 {
-    if (!instance)
+    if (instance)
+        return *instance;
+    if (BindlessTextureManager::isSupported())
+    {
+        qDebug() << "BindlessTextureManager";
+        instance = new BindlessTextureManager;
+    }
+    else
     {
         qDebug() << "SamplerTextureManager";
         instance = new SamplerTextureManager;
@@ -112,11 +120,8 @@ Texture* TextureManager::textureForToken(const TextureToken& token)
 {
     if (token == INVALID_TOKEN)
         return nullptr;
-    if (const TextureOfToken* const texture = _tokenToTexture->find(token))
-    {
-        reportDestroyed(token, *texture);
-        return texture->living;
-    }
+    if (_tokenToTexture->find(token))
+        return knownTexture(token);
     if (const auto path = _tokenToPath.constFind(token); path != _tokenToPath.constEnd())
     {
         if (Texture* const loaded = LoadTextureFromFile(*path, _tokenToFileInfo.value(token)))
@@ -137,8 +142,7 @@ Texture* TextureManager::realise(const TextureToken& token, Texture* texture)
     if (!texture)
         return nullptr;
     texture->setReadOnly();
-    _tokenToTexture->entry(token) = TextureOfToken(texture);
-    _textureToToken.insert(texture, token);
+    setTextureOfToken(token, texture);
     return texture;
 }
 
@@ -156,18 +160,10 @@ Texture* TextureManager::textureForColor(const QColor& color)
 
 TextureToken TextureManager::tokenForTexture(Texture* texture)
 {
-    if (const auto known = _textureToToken.constFind(texture); known != _textureToToken.constEnd())
-    {
-        const TextureOfToken* const realised = _tokenToTexture->find(*known);
-        if (!realised || !realised->isDestroyed())
-            return *known;
-        reportDestroyed(*known, *realised);
-        deleteTexture(TextureToken(*known)); // another one, which was at the same address
-    }
+    if (const auto known = knownToken(texture))
+        return *known;
     const TextureToken token = reserveToken();
-    _textureToToken.insert(texture, token);
-    _tokenToTexture->entry(token) = TextureOfToken(texture);
-    addStreamer(texture);
+    setTextureOfToken(token, texture);
     textureTokenIssued(token);
     return token;
 }
@@ -180,24 +176,20 @@ TextureToken TextureManager::tokenForImage(const QString& path, const TextureFil
         VRK_LOG_WARNING("Cannot load %s", qPrintable(path));
         return tokenForColor(Qt::white);
     }
-    if (const auto known = _pathToToken.constFind(resolved); known != _pathToToken.constEnd())
+    if (const auto known = knownToken(resolved))
         return *known;
     const TextureToken token = reserveToken();
-    _pathToToken.insert(resolved, token);
-    _tokenToPath.insert(token, resolved);
-    _tokenToFileInfo.insert(token, info);
+    setFileOfToken(token, resolved, info);
     textureTokenIssued(token);
     return token;
 }
 
 TextureToken TextureManager::tokenForColor(const QColor& color)
 {
-    const QRgb rgba = color.rgba();
-    if (const auto known = _colorToToken.constFind(rgba); known != _colorToToken.constEnd())
+    if (const auto known = knownToken(color))
         return *known;
     const TextureToken token = reserveToken();
-    _colorToToken.insert(rgba, token);
-    _tokenToColor.insert(token, color);
+    setColorOfToken(token, color);
     textureTokenIssued(token);
     return token;
 }
@@ -214,24 +206,9 @@ void TextureManager::deleteTexture(const TextureToken& token)
 {
     if (token == INVALID_TOKEN)
         return;
-    textureTokenRevoked(token);
-    TextureOfToken* const realised = _tokenToTexture->find(token);
-    if (!realised)
-    {
-        deleteToken(token); // what the tables say of its file or colour stays, as stated
-        return;
-    }
-    const TextureOfToken ended = std::move(*realised);
     const TextureToken revoked = token; // may be an entry of a table
-    _tokenToTexture->remove(revoked);
-    _textureToToken.remove(ended.texture);
-    removeStreamer(ended.texture);
-    _pathToToken.remove(_tokenToPath.take(revoked));
-    // Keyed by rgba and removed by rgb, on purpose: a translucent colour stays, and where there is no colour at all it
-    // is opaque black that goes.
-    _colorToToken.remove(_tokenToColor.take(revoked).rgb());
-    if (ended.managed)
-        delete ended.living.data();
+    textureTokenRevoked(revoked);
+    forgetTextureOfToken(revoked); // without a texture, what the tables say of its file or colour stays, as stated
     deleteToken(revoked);
 }
 
@@ -328,6 +305,92 @@ TextureToken TextureManager::maxToken() const
 const QHash<Texture*, TextureToken>& TextureManager::textureTokenMap() const
 {
     return _textureToToken;
+}
+
+// ---- the tables ----------------------------------------------------------------------------------------------------
+
+const TextureManager::UDIMPatches* TextureManager::udimPatches(const TextureToken& token) const
+{
+    const auto found = _udimTokenToIndexAndToken.constFind(token);
+    return found != _udimTokenToIndexAndToken.constEnd() ? &*found : nullptr;
+}
+
+std::optional<TextureToken> TextureManager::knownToken(Texture* texture)
+{
+    const auto known = _textureToToken.constFind(texture);
+    if (known == _textureToToken.constEnd())
+        return std::nullopt;
+    const TextureOfToken* const realised = _tokenToTexture->find(*known);
+    if (!realised || !realised->isDestroyed())
+        return *known;
+    reportDestroyed(*known, *realised);
+    deleteTexture(TextureToken(*known)); // another one, which was at the same address
+    return std::nullopt;
+}
+
+std::optional<TextureToken> TextureManager::knownToken(const QString& resolvedPath) const
+{
+    const auto known = _pathToToken.constFind(resolvedPath);
+    return known != _pathToToken.constEnd() ? std::optional(*known) : std::nullopt;
+}
+
+std::optional<TextureToken> TextureManager::knownToken(const QColor& color) const
+{
+    const auto known = _colorToToken.constFind(color.rgba());
+    return known != _colorToToken.constEnd() ? std::optional(*known) : std::nullopt;
+}
+
+Texture* TextureManager::knownTexture(const TextureToken& token) const
+{
+    const TextureOfToken* const realised = _tokenToTexture->find(token);
+    if (!realised)
+        return nullptr;
+    reportDestroyed(token, *realised);
+    return realised->living;
+}
+
+void TextureManager::setTextureOfToken(const TextureToken& token, Texture* texture)
+{
+    TextureOfToken& entry = _tokenToTexture->entry(token);
+    if (entry.isPresent() && entry.isDestroyed()) // a handle of the driver comes again
+    {
+        reportDestroyed(token, entry);
+        _textureToToken.remove(entry.texture);
+    }
+    _textureToToken.insert(texture, token);
+    entry = TextureOfToken(texture);
+    addStreamer(texture);
+}
+
+void TextureManager::setFileOfToken(const TextureToken& token, const QString& resolvedPath, const TextureFileInfo& info)
+{
+    _pathToToken.insert(resolvedPath, token);
+    _tokenToPath.insert(token, resolvedPath);
+    _tokenToFileInfo.insert(token, info);
+}
+
+void TextureManager::setColorOfToken(const TextureToken& token, const QColor& color)
+{
+    _colorToToken.insert(color.rgba(), token);
+    _tokenToColor.insert(token, color);
+}
+
+bool TextureManager::forgetTextureOfToken(TextureToken token)
+{
+    TextureOfToken* const realised = _tokenToTexture->find(token);
+    if (!realised)
+        return false;
+    const TextureOfToken ended = std::move(*realised);
+    _tokenToTexture->remove(token);
+    _textureToToken.remove(ended.texture);
+    removeStreamer(ended.texture);
+    _pathToToken.remove(_tokenToPath.take(token));
+    // Keyed by rgba and removed by rgb, on purpose: a translucent colour stays, and where there is no colour at all it
+    // is opaque black that goes.
+    _colorToToken.remove(_tokenToColor.take(token).rgb());
+    if (ended.managed)
+        delete ended.living.data();
+    return true;
 }
 
 // ---- sets of UDIM patches ------------------------------------------------------------------------------------------
@@ -433,17 +496,28 @@ void TextureManager::removeStreamer(const Texture* texture)
 
 bool TextureManager::updateTextureStreamers()
 {
+    return updateStreamers([](TextureStreamer*) {});
+}
+
+bool TextureManager::updateStreamers(const std::function<void(TextureStreamer*)>& changed)
+{
     bool updated = false;
     // Copies, since an update may add streamers and delete others.
     const QList<TextureStreamer*> streamers = _textureStreamers;
     const QList<QPointer<TextureStreamer>> living = _livingStreamers;
     for (qsizetype i = 0; i < streamers.size(); ++i)
     {
-        if (living[i])
-            updated = living[i]->updateTexture() || updated;
-        else
+        if (!living[i])
+        {
             VRK_ASSERT(!_textureStreamers.contains(streamers[i]),
                        "Texture streamer was destroyed without deleteTexture()");
+            continue;
+        }
+        if (!living[i]->updateTexture())
+            continue;
+        updated = true;
+        if (living[i]) // it may have ended by its own update
+            changed(living[i]);
     }
     return updated;
 }

@@ -19,7 +19,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace Harrow::Vrk
 {
@@ -150,8 +152,8 @@ protected:
     virtual void textureTokenRevoked(const TextureToken& token);
 
 public:
-    /// The manager that is in use. If there is none, makes a `SamplerTextureManager` of 8 slots, and says so in the
-    /// debug log.
+    /// The manager that is in use. If there is none, makes a `BindlessTextureManager` where the current context
+    /// supports it, else a `SamplerTextureManager` of 8 slots, and says which in the debug log.
     static TextureManager& Instance();
     /// Puts `manager` in its place, or none for null. Nothing is deleted, and the manager is not taken over: whoever
     /// takes it away again deletes it. Always true.
@@ -220,10 +222,35 @@ protected:
     TextureToken maxToken() const;
     const QHash<Texture*, TextureToken>& textureTokenMap() const;
 
+    /// \name The tables, for a manager whose tokens come about in another way
+    ///@{
+    /// Textures of a set, by the index of their patch.
+    using UDIMPatches = QHash<QPoint, Texture*>;
+    /// Null for a token that is no set.
+    const UDIMPatches* udimPatches(const TextureToken& token) const;
+
+    /// The token that a texture, resolved path or colour has in the tables. A texture that was destroyed without
+    /// `deleteTexture` is reported, and its token deleted.
+    std::optional<TextureToken> knownToken(Texture* texture);
+    std::optional<TextureToken> knownToken(const QString& resolvedPath) const;
+    std::optional<TextureToken> knownToken(const QColor& color) const;
+    /// The texture that stands under the token now, or null; nothing is loaded or made.
+    Texture* knownTexture(const TextureToken& token) const;
+
+    /// Put what a token stands for into the tables, both ways; a streamer goes to the list of streamers as well.
+    void setTextureOfToken(const TextureToken& token, Texture* texture);
+    void setFileOfToken(const TextureToken& token, const QString& resolvedPath, const TextureFileInfo& info);
+    void setColorOfToken(const TextureToken& token, const QColor& color);
+    /// Takes a token with a texture out of the tables, and deletes a managed texture. False, with nothing changed, for
+    /// a token without one.
+    bool forgetTextureOfToken(TextureToken token);
+
+    /// `updateTextureStreamers`, with a word for each streamer that has changed.
+    bool updateStreamers(const std::function<void(TextureStreamer*)>& changed);
+    ///@}
+
 private:
     friend struct TextureManagerTestAccess;
-
-    using UDIMPatches = QHash<QPoint, Texture*>;
 
     void seed();
     Texture* realise(const TextureToken& token, Texture* texture);

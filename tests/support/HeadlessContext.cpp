@@ -5,23 +5,53 @@
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
 
+#include <QtGlobal>
+
+#include <array>
+#include <cstring>
+
 namespace Harrow::Vrk::Test
 {
 namespace
 {
 
+EGLDisplay initialised(EGLenum platform, void* native)
+{
+    const auto getPlatformDisplay =
+        reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(eglGetProcAddress("eglGetPlatformDisplayEXT"));
+    const EGLDisplay made = getPlatformDisplay ? getPlatformDisplay(platform, native, nullptr) : EGL_NO_DISPLAY;
+    return made != EGL_NO_DISPLAY && eglInitialize(made, nullptr, nullptr) == EGL_TRUE ? made : EGL_NO_DISPLAY;
+}
+
+/// The first GPU that EGL names, without a window system and without Mesa's surfaceless platform.
+EGLDisplay displayOfGpu()
+{
+    const auto queryDevices = reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
+    const auto queryString =
+        reinterpret_cast<PFNEGLQUERYDEVICESTRINGEXTPROC>(eglGetProcAddress("eglQueryDeviceStringEXT"));
+    std::array<EGLDeviceEXT, 16> devices = {};
+    EGLint count = 0;
+    if (!queryDevices || !queryString || queryDevices(EGLint(devices.size()), devices.data(), &count) != EGL_TRUE)
+        return EGL_NO_DISPLAY;
+    for (EGLint i = 0; i < count; ++i)
+    {
+        const char* const extensions = queryString(devices[std::size_t(i)], EGL_EXTENSIONS);
+        if (extensions && std::strstr(extensions, "EGL_MESA_device_software"))
+            continue;
+        if (const EGLDisplay made = initialised(EGL_PLATFORM_DEVICE_EXT, devices[std::size_t(i)]))
+            return made;
+    }
+    return EGL_NO_DISPLAY;
+}
+
 EGLDisplay display()
 {
     static const EGLDisplay opened = []
     {
-        const auto getPlatformDisplay =
-            reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(eglGetProcAddress("eglGetPlatformDisplayEXT"));
-        EGLDisplay made = getPlatformDisplay
-                              ? getPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr)
-                              : EGL_NO_DISPLAY;
-        if (made != EGL_NO_DISPLAY && eglInitialize(made, nullptr, nullptr) == EGL_TRUE)
-            return made;
-        return EGLDisplay(EGL_NO_DISPLAY);
+        EGLDisplay made = qEnvironmentVariableIsSet("VRK_TEST_GPU") ? displayOfGpu() : EGL_NO_DISPLAY;
+        if (made == EGL_NO_DISPLAY)
+            made = initialised(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY);
+        return made != EGL_NO_DISPLAY ? made : displayOfGpu();
     }();
     return opened;
 }

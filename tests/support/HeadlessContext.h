@@ -3,6 +3,7 @@
 
 /// \file
 /// A real OpenGL core context without a window system: EGL's surfaceless platform. There is no default framebuffer.
+/// With VRK_TEST_GPU set, and where there is no such platform, the first GPU that EGL names.
 
 #include <QtGlobal>
 
