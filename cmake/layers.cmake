@@ -78,7 +78,8 @@ set(VRK_LAYER_TEXTURES
     TexturePool
     TextureProcessing
     TextureRecogniser
-    TextureUnits)
+    TextureUnits
+    TextureUpload)
 
 # Tokens, the managers that make them reachable, and the textures that managers keep up to date; the records of drawn
 # instances and what carries them to a shader.
@@ -146,6 +147,7 @@ set(VRK_PRIVATE_HEADERS
     TexturePool.h
     TextureTokenTables.h
     TextureUnits.h
+    TextureUpload.h
     UBOContextData.h
     UniformBufferMechanism.h
     UniformForm.h

@@ -49,23 +49,10 @@ constexpr char kVolume[] = "volume_3x3x3.astc";
 /// No one's.
 constexpr char kInvalid[] = "invalid_magic.astc";
 
-/// Where the collection of real files lies, by default beside the source tree.
-QString folderOfFiles()
-{
-    const QString data = qEnvironmentVariable("VRK_TEST_DATA");
-    const QString beside = QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + QStringLiteral("/../../shared/data");
-    return QDir::cleanPath((data.isEmpty() ? beside : data) + QStringLiteral("/astc"));
-}
-
 QString pathOf(const char* name)
 {
-    return folderOfFiles() + QLatin1Char('/') + QString::fromLatin1(name);
+    return realFilesFolder("astc") + QLatin1Char('/') + QString::fromLatin1(name);
 }
-
-#define VRK_NEEDS_REAL_FILES()                                                                                         \
-    if (QDir(folderOfFiles()).entryList(QDir::Files).isEmpty())                                                        \
-    GTEST_SKIP() << "There are no ASTC files in " << folderOfFiles().toStdString()                                     \
-                 << ": set VRK_TEST_DATA to the folder that has them in its folder astc"
 
 #define VRK_NEEDS_ASTC()                                                                                               \
     if (!hasGLExtension("GL_KHR_texture_compression_astc_ldr"))                                                        \
@@ -213,17 +200,17 @@ void expectTexture(Texture& texture, const Bytes& expected, int width, int heigh
 
 TEST(ASTCFilesTest, EveryFileIsStatedHere)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("astc");
     QStringList names = {QString::fromLatin1(kVolume), QString::fromLatin1(kInvalid)};
     for (const FileRow& row : kFiles)
         names.append(QString::fromLatin1(row.name));
     names.sort();
-    EXPECT_EQ(QDir(folderOfFiles()).entryList(QDir::Files, QDir::Name), names);
+    EXPECT_EQ(QDir(realFilesFolder("astc")).entryList(QDir::Files, QDir::Name), names);
 }
 
 TEST_F(ASTCFilesGL, RealFilesAreWhatTheReferenceDecodes)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("astc");
     VRK_NEEDS_ASTC();
     for (const FileRow& row : kFiles)
     {
@@ -238,7 +225,7 @@ TEST_F(ASTCFilesGL, RealFilesAreWhatTheReferenceDecodes)
 
 TEST_F(ASTCFilesGL, RealFilesAsSrgbAreWhatTheReferenceDecodes)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("astc");
     VRK_NEEDS_ASTC();
     for (const char* const name : {"earth_color_8x8.astc", "npot_63x27_12x10.astc"})
     {
@@ -254,7 +241,7 @@ TEST_F(ASTCFilesGL, RealFilesAsSrgbAreWhatTheReferenceDecodes)
 
 TEST_F(ASTCFilesGL, AVolumeWithBlocksThatOpenGLLacksLeavesAnErrorAndNoImage)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("astc");
     const LogCapture log;
     const auto texture = load(pathOf(kVolume));
     EXPECT_EQ(glGetError(), GLenum(GL_INVALID_ENUM));
@@ -266,7 +253,7 @@ TEST_F(ASTCFilesGL, AVolumeWithBlocksThatOpenGLLacksLeavesAnErrorAndNoImage)
 
 TEST_F(ASTCFilesGL, AFileOfAnotherMagicIsNobodys)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("astc");
     const LogCapture log;
     EXPECT_EQ(load(pathOf(kInvalid)), nullptr);
     EXPECT_EQ(log.messages(), QStringList(QStringLiteral("Failed to load ") + pathOf(kInvalid)));

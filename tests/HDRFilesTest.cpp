@@ -67,28 +67,10 @@ constexpr struct FileRow
     {"small_256_new_rle.hdr", 256, 256, 1.0f, 1, Outcome::eLoads},
 };
 
-/// Where the collection of real files lies, by default beside the source tree.
-QString folderOfFiles()
-{
-    const QString data = qEnvironmentVariable("VRK_TEST_DATA");
-    const QString beside = QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + QStringLiteral("/../../shared/data");
-    return QDir::cleanPath((data.isEmpty() ? beside : data) + QStringLiteral("/hdr"));
-}
-
 QString pathOf(const FileRow& row)
 {
-    return folderOfFiles() + QLatin1Char('/') + QString::fromLatin1(row.name);
+    return realFilesFolder("hdr") + QLatin1Char('/') + QString::fromLatin1(row.name);
 }
-
-bool areFilesAbsent()
-{
-    return QDir(folderOfFiles()).entryList(QDir::Files).isEmpty();
-}
-
-#define VRK_NEEDS_REAL_FILES()                                                                                         \
-    if (areFilesAbsent())                                                                                              \
-    GTEST_SKIP() << "There are no Radiance pictures in " << folderOfFiles().toStdString()                              \
-                 << ": set VRK_TEST_DATA to the folder that has them in its folder hdr"
 
 // ---- decoders ------------------------------------------------------------------------------------------------------
 
@@ -239,16 +221,16 @@ GLint parameterOf(const Texture& texture, GLenum name)
 
 TEST(HDRFilesTest, EveryFileIsStatedHere)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("hdr");
     QStringList names;
     for (const FileRow& row : kFiles)
         names.append(QString::fromLatin1(row.name));
-    EXPECT_EQ(QDir(folderOfFiles()).entryList(QDir::Files, QDir::Name), names);
+    EXPECT_EQ(QDir(realFilesFolder("hdr")).entryList(QDir::Files, QDir::Name), names);
 }
 
 TEST(HDRFilesTest, RealHeaders)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("hdr");
     for (const FileRow& row : kFiles)
     {
         const ExactBytes bytes(readFile(pathOf(row)));
@@ -264,7 +246,7 @@ TEST(HDRFilesTest, RealHeaders)
 
 TEST(HDRFilesTest, RealRowsAreTheBitsOfAPlainDecoderAndOfStb)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("hdr");
     for (const FileRow& row : kFiles)
     {
         const QByteArray file = readFile(pathOf(row));
@@ -284,7 +266,7 @@ TEST(HDRFilesTest, RealRowsAreTheBitsOfAPlainDecoderAndOfStb)
 
 TEST(HDRFilesTest, NoRealPictureIsReadThatIsCutShort)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("hdr");
     for (const FileRow& row : kFiles)
     {
         const QByteArray file = readFile(pathOf(row));
@@ -298,7 +280,7 @@ TEST(HDRFilesTest, NoRealPictureIsReadThatIsCutShort)
 
 TEST_F(HDRFilesGL, RealPicturesAreLoadedOrRefusedAsStated)
 {
-    VRK_NEEDS_REAL_FILES();
+    VRK_NEEDS_REAL_FILES("hdr");
     for (const FileRow& row : kFiles)
     {
         const QString path = pathOf(row);

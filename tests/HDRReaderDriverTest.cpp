@@ -6,6 +6,7 @@
 
 #include "HDRTestTools.h"
 #include "OpenGLDeviceContext.h"
+#include "TextureCallTools.h"
 #include "TextureFileInfo.h"
 #include "TextureTestTools.h"
 
@@ -21,40 +22,16 @@ namespace Harrow::Vrk::Test
 namespace
 {
 
-/// What the calls write to is an address of theirs, and so are the colours.
-QStringList withoutAddresses(const QStringList& calls)
+/// Where the colours lie is theirs too.
+QStringList withoutColors(const QStringList& calls)
 {
-    QStringList result;
-    for (const QString& call : calls)
+    QStringList result = withoutAddresses(calls);
+    for (QString& call : result)
     {
-        if (call.startsWith(QStringLiteral("glGetIntegerv(")) || call.startsWith(QStringLiteral("glGenTextures(")) ||
-            call.startsWith(QStringLiteral("glDeleteTextures(")))
-            result.append(call.left(call.indexOf(QLatin1Char(','))) + QStringLiteral(", ...)"));
-        else if (call.startsWith(QStringLiteral("glTexImage2D(")))
-            result.append(call.left(call.lastIndexOf(QLatin1Char(','))) + QStringLiteral(", ...)"));
-        else
-            result.append(call);
+        if (call.startsWith(QStringLiteral("glTexImage2D(")))
+            call = call.left(call.lastIndexOf(QLatin1Char(','))) + QStringLiteral(", ...)");
     }
     return result;
-}
-
-QString opened(QString call)
-{
-    call.chop(1);
-    return call + QStringLiteral(", ...)");
-}
-
-const QString kGen = QStringLiteral("glGenTextures(1, ...)");
-const QString kDelete = QStringLiteral("glDeleteTextures(1, ...)");
-
-QString alignment(int bytes)
-{
-    return CallLog::call("glPixelStorei", GL_UNPACK_ALIGNMENT, bytes);
-}
-
-QString query(GLenum name)
-{
-    return opened(CallLog::call("glGetIntegerv", name));
 }
 
 /// The calls that bring a picture of this size to the driver, from the name to the alignment of before.
@@ -118,7 +95,7 @@ protected:
         HDRReader reader(new TracedMemory(trace, file), QStringLiteral("a/sky.hdr"));
         const CallLog calls;
         texture.reset(reader.load(info));
-        return withoutAddresses(calls.list());
+        return withoutColors(calls.list());
     }
 
     /// The load fails, says so, and makes these calls alone.

@@ -142,6 +142,18 @@ TEST(HDRReaderTest, NullMemoryIsReportedAndInvalid)
                                                                      QStringLiteral("Memory is NULL on HDRReader"))));
 }
 
+TEST(HDRReaderTest, ARefusedHeaderStillHasItsSizes)
+{
+    MemoryUse trace;
+    for (const QByteArray& file : {hdrFile("-Y 480 +X 640", {}, "FORMAT=none\n"), hdrFile("-Y 480 +Y 640", {})})
+    {
+        const HDRReader reader(new TracedMemory(trace, file), QString());
+        EXPECT_FALSE(reader.valid());
+        EXPECT_EQ(reader.width(), 640u);
+        EXPECT_EQ(reader.height(), 480u);
+    }
+}
+
 TEST(HDRReaderTest, ConstructionSaysNothingOfABadHeader)
 {
     MemoryUse trace;

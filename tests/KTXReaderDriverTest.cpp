@@ -32,7 +32,7 @@ TEST_F(KTXReaderLoadTest, ThePixelsAreTakenFromWhatFollowsTheMetadata)
     const QStringList calls = callsFor(file);
     EXPECT_TRUE(calls.contains(
         CallLog::call("glTexImage2D", GL_TEXTURE_2D, 0, 0x8058, 4, 2, 0, 0x1908, 0x1401, at(64 + 12 + 4))));
-    EXPECT_EQ(trace.calls, texts({"get(0, 64)", "get(64, 12)", "get(76, 36)", "release(76)"}));
+    EXPECT_EQ(trace.calls, texts({"get(0, 64)", "get(64, 12)", "get(64, 48)", "get(76, 36)", "release(76)"}));
 }
 
 TEST_F(KTXReaderLoadTest, Without0StoredLevelsOneIsReadAndTheOthersAreGenerated)
@@ -317,10 +317,24 @@ TEST_F(KTXReaderLoadTest, ATextureThatIsNotPreprocessedIsFlippedAfterItIsUnbound
 
 TEST_F(KTXReaderLoadTest, ARangeTakesAPassBeforeTheFlip)
 {
+    static QStringList fragments;
+    fragments.clear();
+    driver.replace(
+        "glShaderSource",
+        +[](GLuint, GLsizei count, const GLchar* const* sources, const GLint*)
+        {
+            for (GLsizei i = 0; i < count; ++i)
+                fragments.append(QString::fromUtf8(sources[i]));
+            fragments = fragments.filter(QStringLiteral("u_Src"));
+        });
+    driver.load();
     TextureFileInfo info;
     info.lowValue = 0.25f;
     info.remapColorRange = false; // of plain images only
     const QStringList calls = callsFor(KTXFile().level(pattern(32)), info);
+    ASSERT_EQ(fragments.size(), 2);
+    EXPECT_TRUE(fragments[0].contains(QStringLiteral("u_lowValue")));
+    EXPECT_TRUE(fragments[1].contains(QStringLiteral("1.0 - vo_TexCoord.y")));
     EXPECT_EQ(calls.filter(QStringLiteral("glLinkProgram")).size(), 2);
     EXPECT_EQ(calls.filter(QStringLiteral("glViewport")).size(), 2);
     EXPECT_EQ(texture->textureID(), 3u);

@@ -22,6 +22,7 @@
 #include <cstring>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #if !defined(_WIN32)
 #include <sys/mman.h>
@@ -235,6 +236,39 @@ private:
 #else
     std::unique_ptr<unsigned char[]> _heap;
 #endif
+};
+
+/// Memory that has no two bytes side by side that were not asked for at once. Counts its pieces.
+class PiecewiseMemory final : public Memory
+{
+public:
+    PiecewiseMemory(const QByteArray& bytes, int& alive) : _bytes(bytes), _alive(alive) {}
+    ~PiecewiseMemory() override
+    {
+        _alive -= int(_pieces.size());
+    }
+    quint64 size() const override
+    {
+        return quint64(_bytes.size());
+    }
+    void* get(quint64 offset, quint64 length) override
+    {
+        if (!isWithin(offset, length, size()))
+            return nullptr;
+        _pieces.push_back(std::make_unique<EdgeMemory>(_bytes.mid(qsizetype(offset), qsizetype(length))));
+        ++_alive;
+        return _pieces.back()->get(0, length);
+    }
+    void release(void* pointer) override
+    {
+        _alive -= int(
+            std::erase_if(_pieces, [pointer](const auto& piece) { return piece->get(0, piece->size()) == pointer; }));
+    }
+
+private:
+    QByteArray _bytes;
+    int& _alive;
+    std::vector<std::unique_ptr<EdgeMemory>> _pieces;
 };
 
 inline std::unique_ptr<KTXReader> newReader(const QByteArray& bytes, MemoryTrace* trace = nullptr,

@@ -5,6 +5,7 @@
 
 #include "GLUtilities.h"
 #include "OpenGLDeviceContext.h"
+#include "TextureCallTools.h"
 #include "TextureFileInfo.h"
 #include "TextureTestTools.h"
 
@@ -28,35 +29,6 @@ QImage image32(int width, int height)
         for (int x = 0; x < width; ++x)
             image.setPixel(x, y, qRgba(10 + x, 20 + y, 30, 40));
     return image;
-}
-
-/// What the calls write to is an address of theirs.
-QStringList withoutAddresses(const QStringList& calls)
-{
-    QStringList result;
-    for (const QString& call : calls)
-    {
-        const bool writes = call.startsWith(QStringLiteral("glGetIntegerv(")) ||
-                            call.startsWith(QStringLiteral("glGenTextures(")) ||
-                            call.startsWith(QStringLiteral("glDeleteTextures("));
-        result.append(writes ? call.left(call.indexOf(QLatin1Char(','))) + QStringLiteral(", ...)") : call);
-    }
-    return result;
-}
-
-QString query(GLenum name)
-{
-    QString call = CallLog::call("glGetIntegerv", name);
-    call.chop(1);
-    return call + QStringLiteral(", ...)");
-}
-
-const QString kGen = QStringLiteral("glGenTextures(1, ...)");
-const QString kDelete = QStringLiteral("glDeleteTextures(1, ...)");
-
-QString alignment(int bytes)
-{
-    return CallLog::call("glPixelStorei", GL_UNPACK_ALIGNMENT, bytes);
 }
 
 QStringList beginning()

@@ -108,6 +108,18 @@ TEST(RadianceHeaderTest, NothingBehindARefusedLineMakesItValidAgain)
     EXPECT_FALSE(headerOfLines("FORMAT=32-bit_rle_rgbe\nFORMAT=none\n").valid);
 }
 
+TEST(RadianceHeaderTest, TheLinesBehindARefusedOneAreReadAllTheSame)
+{
+    for (const QByteArray& line : {QByteArray("FORMAT=none\n"), QByteArray("EXPOSURE=none\n"), QByteArray("\0\n", 2)})
+    {
+        const RadianceHeader header = headerOfLines(line + "EXPOSURE=2\n");
+        EXPECT_FALSE(header.valid);
+        EXPECT_EQ(header.exposure, 2.0f);
+        EXPECT_EQ(header.height, 3u);
+        EXPECT_EQ(header.width, 2u);
+    }
+}
+
 TEST(RadianceHeaderTest, TheExposureIsOneWithoutALine)
 {
     EXPECT_EQ(headerOfLines({}).exposure, 1.0f);

@@ -340,25 +340,10 @@ TEST_F(TextureIOFilesGL, TheFileIsOpenWhileItLoadsAndClosedAfterwards)
 
 // ---- files from elsewhere ------------------------------------------------------------------------------------------
 
-namespace
-{
-
-/// Where the collection of real files lies, by default beside the source tree.
-QString imageFolder()
-{
-    const QString data = qEnvironmentVariable("VRK_TEST_DATA");
-    const QString beside = QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + QStringLiteral("/../../shared/data");
-    return QDir::cleanPath((data.isEmpty() ? beside : data) + QStringLiteral("/img"));
-}
-
-} // namespace
-
 TEST_F(TextureIOFilesGL, RealImagesAreWhatQtDecodesRowByRow)
 {
-    const QFileInfoList files = QDir(imageFolder()).entryInfoList(QDir::Files, QDir::Name);
-    if (files.isEmpty())
-        GTEST_SKIP() << "There are no real image files in " << imageFolder().toStdString()
-                     << ": set VRK_TEST_DATA to the folder that has them in its folder img";
+    VRK_NEEDS_REAL_FILES("img");
+    const QFileInfoList files = QDir(realFilesFolder("img")).entryInfoList(QDir::Files, QDir::Name);
     for (const QFileInfo& info : files)
     {
         const std::string name = info.fileName().toStdString();

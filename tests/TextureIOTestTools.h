@@ -176,6 +176,20 @@ inline QByteArray readFile(const QString& path)
     return file.readAll();
 }
 
+/// A folder of the collection of files that nobody here has written, by default beside the source tree.
+inline QString realFilesFolder(const char* kind)
+{
+    const QString data = qEnvironmentVariable("VRK_TEST_DATA");
+    const QString beside = QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + QStringLiteral("/../../shared/data");
+    return QDir::cleanPath((data.isEmpty() ? beside : data) + QLatin1Char('/') + QLatin1String(kind));
+}
+
+/// At the start of a test about them.
+#define VRK_NEEDS_REAL_FILES(kind)                                                                                     \
+    if (QDir(realFilesFolder(kind)).entryList(QDir::Files).isEmpty())                                                  \
+    GTEST_SKIP() << "There are no real files in " << realFilesFolder(kind).toStdString()                               \
+                 << ": set VRK_TEST_DATA to the folder that has them in its folder " kind
+
 #if defined(__linux__)
 /// Mappings of a file in this process, and descriptors open on it.
 inline int openUsesOf(const QString& path)

@@ -167,7 +167,7 @@ quint32 ASTCReader::height() const
 Texture* ASTCReader::load(const TextureFileInfo& info)
 {
     std::unique_ptr<Texture> loaded;
-    if (_record->valid)
+    if (_record->header)
         loaded = loadBlocks(*_record->memory, _record->header, info.srgb);
     if (!loaded)
     {

@@ -40,10 +40,11 @@ public:
     /// default.
     ///
     /// Nobody asks OpenGL how it went: a driver without the format, a block size that has none (of volumes, and 4x5),
-    /// and blocks that do not fit the size leave a texture without an image and an error for `checkGLError`.
+    /// and blocks that do not fit the size, as those of most invalid files, leave a texture without an image and an
+    /// error for `checkGLError`.
     ///
-    /// Null, with the warning "Texture %s failed to load." (guarded) and nothing left behind, when the reader is not
-    /// valid, when the blocks cannot be had or are more than 2 GiB, and when no texture unit is free.
+    /// Null, with the warning "Texture %s failed to load." (guarded) and nothing left behind, when there is no header,
+    /// when the blocks cannot be had or are more than 2 GiB, and when no texture unit is free.
     Texture* load(const TextureFileInfo& info) override;
 
 private:

@@ -8,6 +8,7 @@
 #include "Texture.h"
 #include "TextureFileInfo.h"
 #include "TextureProcessing.h"
+#include "TextureUpload.h"
 
 #include <VrkCore/Memory.h>
 
@@ -44,11 +45,7 @@ struct Free
 using Floats = std::unique_ptr<float, Free>;
 
 /// Linear, clamped to the edge. There are no mipmaps, and with linear filtering none are missed.
-constexpr struct
-{
-    GLenum name;
-    GLint value;
-} kParameters[] = {
+constexpr TextureParameter kParameters[] = {
     {GL_TEXTURE_MIN_FILTER, GL_LINEAR},    {GL_TEXTURE_MAG_FILTER, GL_LINEAR}, {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
     {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}, {GL_TEXTURE_BASE_LEVEL, 0},         {GL_TEXTURE_MAX_LEVEL, 100},
 };
@@ -111,8 +108,7 @@ Floats decode(const RadianceHeader& header, const unsigned char* end)
 /// Whether OpenGL took the image. `texture` is bound.
 bool specifyImage(const RadianceHeader& header, const float* image)
 {
-    for (const auto& parameter : kParameters)
-        glTexParameteri(GL_TEXTURE_2D, parameter.name, parameter.value);
+    setTextureParameters(GL_TEXTURE_2D, kParameters);
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB16F, static_cast<GLsizei>(header.width), static_cast<GLsizei>(header.height),
                  0, GL_RGB, GL_FLOAT, image);
     return glGetError() == GL_NO_ERROR;
@@ -128,12 +124,9 @@ bool loadImage(const RadianceHeader& header, const unsigned char* end, std::uniq
                                         static_cast<int>(header.height), 1, nullptr);
     if (!texture->bind())
         return false;
-    GLint unpackAlignment = 0;
-    glGetIntegerv(GL_UNPACK_ALIGNMENT, &unpackAlignment);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    const UnpackAlignment alignment(4);
     const bool isTaken = specifyImage(header, image.get());
     texture->unbind();
-    glPixelStorei(GL_UNPACK_ALIGNMENT, unpackAlignment);
     return isTaken;
 }
 

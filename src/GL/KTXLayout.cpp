@@ -209,12 +209,12 @@ void swapKTXWords(unsigned char* bytes, quint64 count)
 
 // ---- metadata ------------------------------------------------------------------------------------------------------
 
-KTXMetadata walkKTXMetadata(const unsigned char* block, quint32 count)
+KTXMetadata walkKTXMetadata(const unsigned char* block, quint32 count, quint64 readable)
 {
     KTXMetadata metadata;
     const quint64 end = count;
     quint64 cursor = 0;
-    while (cursor + sizeof(quint32) <= end)
+    while (cursor < end && cursor + sizeof(quint32) <= readable)
     {
         // In the order of this machine, whatever the file's: the header has become that too.
         const quint32 size = readWord(block + cursor);

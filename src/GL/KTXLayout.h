@@ -83,9 +83,10 @@ struct KTXMetadata
     bool endsWithBlock = false;
 };
 
-/// Walks from size word to size word, without a step over padding. It stops at a size word that does not lie wholly
-/// within the block.
-VRKGL_EXPORT KTXMetadata walkKTXMetadata(const unsigned char* block, quint32 count);
+/// Walks from size word to size word, without a step over padding, as long as one begins within the block of `count`
+/// bytes. Such a word may end behind the block, and its key begins there, but the walk stops at one that does not lie
+/// wholly within `readable` bytes, which are `count` or more.
+VRKGL_EXPORT KTXMetadata walkKTXMetadata(const unsigned char* block, quint32 count, quint64 readable);
 
 /// Where the pixels of a level, or of a cube map's first face, lie.
 struct KTXLevel

@@ -3,11 +3,11 @@
 
 #include "Diagnostics.h"
 #include "GLFunctions.h"
-#include "GLUtilities.h"
 #include "KTXLayout.h"
 #include "Texture.h"
 #include "TextureFileInfo.h"
 #include "TextureProcessing.h"
+#include "TextureUpload.h"
 
 #include <VrkCore/Memory.h>
 
@@ -35,7 +35,10 @@ struct KTXReader::Record
         return KTXHeader::read(header);
     }
 
-    /// The position if a zero byte follows within the metadata, else null: whoever gets it reads up to there.
+    /// The bytes from the metadata on that may be read: up to the end of the memory where that goes on behind the
+    /// metadata, as a mapping or a buffer does.
+    quint64 countReadable(quint32 metadataBytes);
+    /// The position if a zero byte follows that may be read, else null: whoever gets it reads up to there.
     const char* ifTerminated(const char* position) const;
     const char* keyAt(unsigned index) const;
     const char* valueAt(unsigned index) const;
@@ -46,9 +49,10 @@ struct KTXReader::Record
     bool valid = true;
     unsigned char* header = nullptr;
     unsigned char* keyValueData = nullptr;
-    const char* metadataEnd = nullptr; // kept, as a header in the caller's buffer may change
     QList<const char*> keys;
     QList<quint32> sizes;
+    /// Behind the last byte that a key or value may have.
+    const char* textEnd = nullptr;
 };
 
 KTXReader::Record::Record(Memory* source, const QString& sourceName) : memory(source), name(sourceName)
@@ -69,17 +73,28 @@ KTXReader::Record::Record(Memory* source, const QString& sourceName) : memory(so
         valid = false;
         return;
     }
-    metadataEnd = reinterpret_cast<const char*>(keyValueData) + count;
-    const KTXMetadata metadata = walkKTXMetadata(keyValueData, count);
+    const quint64 readable = countReadable(count);
+    textEnd = reinterpret_cast<const char*>(keyValueData) + readable;
+    const KTXMetadata metadata = walkKTXMetadata(keyValueData, count, readable);
     keys = metadata.keys;
     sizes = metadata.sizes;
     // Not the other way round: files whose entries end with the block have always been refused.
     valid = !metadata.endsWithBlock;
 }
 
+quint64 KTXReader::Record::countReadable(quint32 metadataBytes)
+{
+    const quint64 all = memory->size() - kKTXHeaderBytes;
+    void* const rest = memory->get(kKTXHeaderBytes, all);
+    if (rest == keyValueData)
+        return all;
+    memory->release(rest);
+    return metadataBytes;
+}
+
 const char* KTXReader::Record::ifTerminated(const char* position) const
 {
-    const auto room = static_cast<size_t>(metadataEnd - position);
+    const auto room = static_cast<size_t>(textEnd - position);
     return std::memchr(position, 0, room) ? position : nullptr;
 }
 
@@ -93,7 +108,7 @@ const char* KTXReader::Record::valueAt(unsigned index) const
     const char* position = keyAt(index);
     if (!position)
         return nullptr;
-    const auto bytes = std::min<qint64>(sizes[index], metadataEnd - position);
+    const auto bytes = std::min<qint64>(sizes[index], textEnd - position);
     const char* const last = position + std::max<qint64>(bytes - 1, 0);
     while (position < last && *position != 0)
         ++position;
@@ -104,7 +119,7 @@ QString KTXReader::Record::textAt(const char* position) const
 {
     if (!position)
         return QString();
-    const QByteArrayView rest(position, metadataEnd);
+    const QByteArrayView rest(position, textEnd);
     const qsizetype length = rest.indexOf('\0');
     return QString::fromUtf8(length < 0 ? rest : rest.first(length));
 }
@@ -178,11 +193,7 @@ void setParameters(GLenum target, const KTXHeader& header, const TextureFileInfo
     glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, static_cast<GLint>(header.numberOfMipmapLevels - 1));
     glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    if (!hasGLExtension("GL_EXT_texture_filter_anisotropic") || info.anisotropy <= 0)
-        return;
-    GLint maxAnisotropy = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_MAX_ANISOTROPY, &maxAnisotropy);
-    glTexParameteri(target, GL_TEXTURE_MAX_ANISOTROPY, std::min<GLint>(info.anisotropy, maxAnisotropy));
+    setTextureAnisotropy(target, info.anisotropy);
 }
 
 void upload1D(const Upload& upload, const Extent& size, quint32 imageSize, const unsigned char* pixels)
@@ -291,17 +302,25 @@ bool generateMipmaps(GLenum target)
     return ok;
 }
 
-/// Null when OpenGL reports an error. `data` is what follows the metadata.
-Texture* makeTexture(const KTXHeader& header, const KTXLevels& levels, unsigned char* data, const TextureFileInfo& info)
+/// Remaps the range and turns the picture, each of which may put another texture in the place of this one.
+void process(std::unique_ptr<Texture>& texture, const TextureFileInfo& info)
 {
-    std::unique_ptr<Texture> texture = newBoundTexture(header.shape());
-    if (!texture)
-        return nullptr;
-    setParameters(texture->target(), header, info);
-    GLint unpackAlignment = 0;
-    glGetIntegerv(GL_UNPACK_ALIGNMENT, &unpackAlignment);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    Texture* processed = texture.release();
+    RemapColorRange(processed, info.lowValue, info.highValue);
+    FlipY(processed);
+    texture.reset(processed);
+}
 
+/// Makes `texture` of the levels; `data` is what follows the metadata. False with no texture, or with one that OpenGL
+/// has refused. That goes through all the steps too.
+bool loadLevels(const KTXHeader& header, const KTXLevels& levels, unsigned char* data, const TextureFileInfo& info,
+                std::unique_ptr<Texture>& texture)
+{
+    texture = newBoundTexture(header.shape());
+    if (!texture)
+        return false;
+    setParameters(texture->target(), header, info);
+    const UnpackAlignment alignment(4);
     const GLenum internalFormat = internalFormatOf(header, info.srgb);
     texture->setSize(0, static_cast<int>(internalFormat), static_cast<int>(header.pixelWidth),
                      static_cast<int>(header.pixelHeight), static_cast<int>(header.pixelDepth));
@@ -310,19 +329,9 @@ Texture* makeTexture(const KTXHeader& header, const KTXLevels& levels, unsigned 
     if (ok && header.numberOfMipmapLevels == 0)
         ok = generateMipmaps(texture->target());
     texture->unbind();
-
-    Texture* result = texture.release();
     if (!info.preprocessed)
-    {
-        // Each may put another texture in the place of this one. OpenGL's errors do not keep them from it.
-        RemapColorRange(result, info.lowValue, info.highValue);
-        FlipY(result);
-    }
-    glPixelStorei(GL_UNPACK_ALIGNMENT, unpackAlignment);
-    if (ok)
-        return result;
-    delete result;
-    return nullptr;
+        process(texture, info);
+    return ok;
 }
 
 } // namespace
@@ -456,9 +465,10 @@ Texture* KTXReader::load(const TextureFileInfo& info)
     if (!data)
         return nullptr;
     const std::optional<KTXLevels> levels = findKTXLevels(header, data, length);
-    Texture* const texture = levels ? makeTexture(header, *levels, data, info) : nullptr;
+    std::unique_ptr<Texture> texture;
+    const bool ok = levels && loadLevels(header, *levels, data, info, texture);
     memory.release(data);
-    return texture ? texture : failed();
+    return ok ? texture.release() : failed();
 }
 
 Texture* KTXReader::failed() const

@@ -24,7 +24,8 @@ class Memory;
 /// words and pixels are used as stored. So hardly any such file loads, and that is on purpose.
 ///
 /// **Metadata.** Entries are walked without a step over their padding: behind an entry that has some, the next size
-/// word is read out of it. A file whose walk ends exactly at the end of its metadata is refused.
+/// word is read out of it, and behind a last entry that has some, out of that and of what follows the metadata. So most
+/// files answer one entry more than they have. A file whose walk ends exactly at the end of its metadata is refused.
 class VRKGL_EXPORT KTXReader : public TextureLoader
 {
 public:
@@ -57,12 +58,12 @@ public:
     quint32 mipmapLevels() const override;
 
     quint32 numMetadataEntries() const override;
-    /// `rawKey` as text, cut at the end of the metadata.
+    /// `rawKey` as text, cut at the end of the memory.
     QString key(unsigned index) const override;
     /// `rawValue` as text, so empty for every well-formed entry. Cut as the key is.
     QString value(unsigned index) const override;
     /// The first byte behind the entry's size word. Null behind the last entry, and for a key that no zero byte ends
-    /// within the metadata.
+    /// within the memory.
     const char* rawKey(unsigned index) const override;
     /// The zero byte that ends the key, or the entry's last byte if that comes first. The value proper, if there is
     /// one, stands behind it. Null as for `rawKey`.

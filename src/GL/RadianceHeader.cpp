@@ -65,18 +65,25 @@ bool readExposure(std::string_view value, RadianceHeader& header)
     return true;
 }
 
-/// The lines up to the empty one, behind which `text` then begins. The first line that is refused ends it.
+bool readLine(std::string_view line, RadianceHeader& header)
+{
+    if (line.starts_with(kFormatKey))
+        return readFormat(line.substr(kFormatKey.size()), header);
+    if (line.starts_with(kExposureKey))
+        return readExposure(line.substr(kExposureKey.size()), header);
+    return line.front() != '\0';
+}
+
+/// Whether the lines up to the empty one are there and accepted, each of them. `text` then begins behind that one.
 bool readLines(std::string_view& text, RadianceHeader& header)
 {
+    bool isAccepted = true;
     std::string_view line;
-    while (takeLine(text, line) && line.front() != '\0')
+    while (takeLine(text, line))
     {
         if (line == "\n")
-            return true;
-        if (line.starts_with(kFormatKey) && !readFormat(line.substr(kFormatKey.size()), header))
-            return false;
-        if (line.starts_with(kExposureKey) && !readExposure(line.substr(kExposureKey.size()), header))
-            return false;
+            return isAccepted;
+        isAccepted = readLine(line, header) && isAccepted;
     }
     return false;
 }
@@ -122,7 +129,8 @@ RadianceHeader readRadianceHeader(const unsigned char* begin, const unsigned cha
     if (text.size() <= kRadianceMagic.size() || !text.starts_with(kRadianceMagic))
         return header;
     text.remove_prefix(kRadianceMagic.size());
-    header.valid = readLines(text, header) && readResolution(text, header);
+    const bool areLinesAccepted = readLines(text, header);
+    header.valid = readResolution(text, header) && areLinesAccepted;
     if (header.valid)
         header.pixels = reinterpret_cast<const unsigned char*>(text.data());
     return header;

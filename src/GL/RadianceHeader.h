@@ -19,7 +19,7 @@ inline constexpr std::string_view kRadianceMagic = "#?RADIANCE\n";
 
 struct RadianceHeader
 {
-    /// Whether all lines are there and were accepted. The rest counts only if so.
+    /// Whether all lines are there and were accepted. If not, the rest is what could be read.
     bool valid = false;
     /// 1 for 32-bit_rle_rgbe, 2 for 32-bit_rle_xyze, 0 when no line tells.
     qint32 format = 0;

@@ -4,16 +4,15 @@
 
 #include "Diagnostics.h"
 #include "GLFunctions.h"
-#include "GLUtilities.h"
 #include "Texture.h"
 #include "TextureFileInfo.h"
 #include "TextureProcessing.h"
+#include "TextureUpload.h"
 
 #include <QColor>
 #include <QFileInfo>
 #include <QImage>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -23,11 +22,7 @@ namespace
 {
 
 /// Trilinear, clamped to the edge.
-constexpr struct
-{
-    GLenum name;
-    GLint value;
-} kImageParameters[] = {
+constexpr TextureParameter kImageParameters[] = {
     {GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR},
     {GL_TEXTURE_MAG_FILTER, GL_LINEAR},
     {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
@@ -80,17 +75,6 @@ QImage decode(const QString& path)
     return image;
 }
 
-void setParameters(const TextureFileInfo& info)
-{
-    for (const auto& parameter : kImageParameters)
-        glTexParameteri(GL_TEXTURE_2D, parameter.name, parameter.value);
-    if (!hasGLExtension("GL_EXT_texture_filter_anisotropic") || info.anisotropy <= 0)
-        return;
-    GLint maxAnisotropy = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_MAX_ANISOTROPY, &maxAnisotropy);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY, std::min<GLint>(info.anisotropy, maxAnisotropy));
-}
-
 void specifyImage(Texture& texture, const QImage& image, GLint internalFormat, GLenum format, GLenum type)
 {
     const QImage pixels = withoutGaps(image);
@@ -122,10 +106,9 @@ Texture* QImageToTexture(const QImage& image, bool asRG16F, const TextureFileInf
     texture->setTarget(GL_TEXTURE_2D);
     if (!texture->bind())
         return nullptr;
-    GLint unpackAlignment = 0;
-    glGetIntegerv(GL_UNPACK_ALIGNMENT, &unpackAlignment);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    setParameters(info);
+    const UnpackAlignment alignment(1);
+    setTextureParameters(GL_TEXTURE_2D, kImageParameters);
+    setTextureAnisotropy(GL_TEXTURE_2D, info.anisotropy);
     if (asRG16F)
     {
         VRK_LOG_DEBUG("Loading image as GL_RG16F...");
@@ -141,7 +124,6 @@ Texture* QImageToTexture(const QImage& image, bool asRG16F, const TextureFileInf
     Texture* result = texture.release();
     if (info.remapColorRange)
         RemapColorRange(result, info.lowValue, info.highValue); // may replace it
-    glPixelStorei(GL_UNPACK_ALIGNMENT, unpackAlignment);
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include "GLFunctions.h"
 #include "GLUtilities.h"
 #include "TextureLevels.h"
+#include "TextureUpload.h"
 
 #include <cmath>
 
@@ -102,21 +103,13 @@ Texture* SolidColorTexture(float r, float g, float b, float a)
     texture->setTarget(GL_TEXTURE_2D);
     const AutoBinder binder(texture);
 
-    GLint alignment = 0;
-    glGetIntegerv(GL_UNPACK_ALIGNMENT, &alignment);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    constexpr struct
-    {
-        GLenum name;
-        GLint value;
-    } parameters[] = {
+    const UnpackAlignment alignment(1);
+    constexpr TextureParameter parameters[] = {
         {GL_TEXTURE_MIN_FILTER, GL_NEAREST}, {GL_TEXTURE_MAG_FILTER, GL_NEAREST}, {GL_TEXTURE_WRAP_S, GL_REPEAT},
         {GL_TEXTURE_WRAP_T, GL_REPEAT},      {GL_TEXTURE_BASE_LEVEL, 0},          {GL_TEXTURE_MAX_LEVEL, 0},
     };
-    for (const auto& parameter : parameters)
-        glTexParameteri(GL_TEXTURE_2D, parameter.name, parameter.value);
+    setTextureParameters(GL_TEXTURE_2D, parameters);
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, alignment);
     return texture;
 }
 
