@@ -84,6 +84,8 @@ set(VRK_LAYER_TEXTURES
 # Tokens, the managers that make them reachable, and the textures that managers keep up to date; the records of drawn
 # instances and what carries them to a shader.
 set(VRK_LAYER_MANAGERS
+    Array2DSlots
+    Array2DTextureManager
     BindlessHandles
     BindlessTextureFunctions
     BindlessTextureManager
@@ -118,6 +120,7 @@ set(VRK_LAYER_LIGHTING
 
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
+    Array2DSlots.h
     BindlessHandles.h
     BindlessTextureFunctions.h
     BufferObjectEntryPoints.h
