@@ -5,6 +5,7 @@
 
 #include <QImage>
 #include <QMatrix4x4>
+#include <QPoint>
 #include <QString>
 #include <QVector2D>
 #include <QVector3D>
@@ -45,11 +46,30 @@ struct Mesh
     std::size_t material = 0;
 };
 
+/// How a picture is looked up. The numbers are those of scene.frag.
+enum class ImageKind : std::uint32_t
+{
+    Flat = 0,
+    Cube = 1,   ///< six parts in OpenGL's order of faces, all of one size; the texture coordinate is a place on a globe
+    Layers = 2, ///< parts of one size, of which the first is seen
+    Tiles = 3,  ///< each part stands on one square of the plane of texture coordinates
+};
+
+/// One of the pictures that make one.
+struct ImagePart
+{
+    QString path;
+    QImage pixels;
+    QPoint tile{}; ///< of `ImageKind::Tiles`
+};
+
 /// A picture that materials name, not loaded yet unless it came inside the model's file.
 struct Image
 {
     QString path;  ///< as found beside the model, or as the model names it if there is no such file
     QImage pixels; ///< top row first; null for a picture in a file of its own
+    ImageKind kind = ImageKind::Flat;
+    std::vector<ImagePart> parts{}; ///< of all but `ImageKind::Flat`
 };
 
 /// How a picture goes on beyond its edges. The numbers are those of scene.frag.
@@ -89,6 +109,9 @@ struct Instance
     std::size_t mesh = 0;
     QMatrix4x4 worldFromModel;
     int node = -1; ///< the node that gives the matrix, or -1 for none
+
+    /// In place of that of the mesh, from which it differs in colour and picture alone.
+    std::optional<std::size_t> material{};
 };
 
 /// A camera that the file names. It looks along -z of its node.

@@ -17,6 +17,9 @@ namespace
 // What a plain picture inside a model may measure. Encoded ones are limited by Qt.
 constexpr unsigned int kLargestSide = 1 << 14;
 
+// Stands in a path for the number of a tile.
+const QLatin1String kTileMark("<UDIM>");
+
 // Null if it is no picture.
 QImage decode(const aiTexture& texture)
 {
@@ -74,7 +77,31 @@ Image ImageTable::find(const aiString& name) const
             return {text, {}}; // decoded before
         return {text, decode(*embedded)};
     }
+    if (text.contains(kTileMark))
+        return tilesBesideModel(text);
     return {pathBesideModel(text), {}};
+}
+
+// The mark stands for a number: 1001 for the first tile, ten tiles in a row.
+Image ImageTable::tilesBesideModel(const QString& name) const
+{
+    constexpr int kFirstTile = 1001;
+    constexpr int kLastTile = 9999;
+    constexpr int kTilesInARow = 10;
+    const QFileInfo pattern(_folder.absoluteFilePath(QString(name).replace(QLatin1Char('\\'), QLatin1Char('/'))));
+    const QString before = pattern.fileName().section(kTileMark, 0, 0);
+    const QString after = pattern.fileName().section(kTileMark, 1);
+    Image image{pattern.absoluteFilePath(), {}, ImageKind::Tiles, {}};
+    for (const QFileInfo& file : pattern.absoluteDir().entryInfoList(QDir::Files, QDir::Name))
+    {
+        const QString number = file.fileName().mid(before.size(), 4);
+        const int tile = number.toInt();
+        if (file.fileName() != before + number + after || tile < kFirstTile || tile > kLastTile)
+            continue;
+        const int offset = tile - kFirstTile;
+        image.parts.push_back({file.absoluteFilePath(), {}, QPoint(offset % kTilesInARow, offset / kTilesInARow)});
+    }
+    return image;
 }
 
 // Models come from systems with other separators and without a difference between "A" and "a", they were moved without

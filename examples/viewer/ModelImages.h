@@ -29,6 +29,7 @@ public:
 private:
     Image find(const aiString& name) const;
     QString pathBesideModel(const QString& name) const;
+    Image tilesBesideModel(const QString& name) const;
 
     const aiScene& _scene;
     QDir _folder;

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ModelTextures.h"
 
+#include "LayeredTexture.h"
 #include "Terminal.h"
 
+#include <VrkGL/AutoBinder.h>
+#include <VrkGL/Texture.h>
 #include <VrkGL/TextureFileInfo.h>
 #include <VrkGL/TextureIO.h>
 #include <VrkGL/TextureManager.h>
@@ -22,38 +25,94 @@ TextureFileInfo colorInfo()
     return info;
 }
 
-TextureToken tokenOfImage(TextureManager& manager, const Image& image)
+int widthOf(Texture* texture)
 {
-    if (image.pixels.isNull())
-    {
-        const TextureToken token = manager.tokenForImage(image.path, colorInfo());
-        // Loads it. Where that fails the manager gives white and tries again each time, so each frame.
-        return manager.findToken(manager.textureForToken(token));
-    }
-    // OpenGL has the bottom row first.
-    const QImage pixels = image.pixels.convertToFormat(QImage::Format_ARGB32).mirrored();
-    return manager.tokenForTexture(QImageToTexture(pixels, false, colorInfo()));
+    const AutoBinder bound(texture);
+    return texture->width(0);
 }
 
 } // namespace
 
-ModelTextures::ModelTextures(TextureManager& manager, const Model& model)
-    : _model(model), _white(manager.tokenForColor(Qt::white))
+ModelTextures::ModelTextures(TextureManager& manager, const Model& model) : _manager(manager), _model(model)
 {
+    _white.token = manager.tokenForColor(Qt::white);
     ProgressLine progress;
     _ofImage.reserve(model.images.size());
     for (const Image& image : model.images)
     {
         progress.show(QStringLiteral("loading images"), float(_ofImage.size()) / float(model.images.size()));
-        const TextureToken token = tokenOfImage(manager, image);
-        _ofImage.push_back(token == INVALID_TOKEN ? _white : token);
+        const Picture picture = pictureOf(image);
+        _ofImage.push_back(picture.token == INVALID_TOKEN ? _white : picture);
     }
 }
 
-TextureToken ModelTextures::tokenOf(const Mesh& mesh) const
+PicturedMaterial ModelTextures::picturedMaterial(std::size_t index, const Mesh& mesh) const
 {
-    const Material& material = _model.materials[mesh.material];
-    return material.baseColorImage && !mesh.texCoords.empty() ? _ofImage[*material.baseColorImage] : _white;
+    const Material& material = _model.materials[index];
+    const Picture& picture =
+        material.baseColorImage && !mesh.texCoords.empty() ? _ofImage[*material.baseColorImage] : _white;
+    return {&material, picture.token, picture.kind, picture.tileWidth};
+}
+
+QList<TextureToken> ModelTextures::tokens() const
+{
+    QList<TextureToken> all{_white.token};
+    for (const Picture& picture : _ofImage)
+        all.append(picture.token);
+    return all;
+}
+
+ModelTextures::Picture ModelTextures::pictureOf(const Image& image)
+{
+    switch (image.kind)
+    {
+    case ImageKind::Tiles:
+        return tilesOf(image);
+    case ImageKind::Cube:
+    case ImageKind::Layers:
+        return {_manager.tokenForTexture(newLayeredTexture(image)), image.kind};
+    case ImageKind::Flat:
+        break;
+    }
+    return {tokenOf(image.path, image.pixels)};
+}
+
+TextureToken ModelTextures::tokenOf(const QString& path, const QImage& pixels)
+{
+    if (pixels.isNull())
+    {
+        const TextureToken token = _manager.tokenForImage(path, colorInfo());
+        // Loads it. Where that fails the manager gives white and tries again each time, so each frame.
+        return _manager.findToken(_manager.textureForToken(token));
+    }
+    if (pixels.format() == QImage::Format_Grayscale8 || pixels.format() == QImage::Format_RGBA64)
+        return _manager.tokenForTexture(newPlainTexture(pixels));
+    // OpenGL has the bottom row first.
+    const QImage flipped = pixels.convertToFormat(QImage::Format_ARGB32).mirrored();
+    return _manager.tokenForTexture(QImageToTexture(flipped, false, colorInfo()));
+}
+
+/// One token for all tiles. The tiles have tokens of their own before that one is first bound.
+ModelTextures::Picture ModelTextures::tilesOf(const Image& image)
+{
+    const TextureToken token = image.parts.empty() ? INVALID_TOKEN : _manager.createUDIMToken();
+    if (token == INVALID_TOKEN)
+    {
+        remark(image.parts.empty()
+                   ? QStringLiteral("'%1' has no tiles").arg(image.path)
+                   : QStringLiteral("the tiles of '%1' are white: they want --manager array2d").arg(image.path));
+        return _white;
+    }
+    Picture picture{token, ImageKind::Tiles};
+    for (const ImagePart& part : image.parts)
+    {
+        Texture* const texture = _manager.textureForToken(tokenOf(part.path, part.pixels));
+        if (!texture)
+            continue;
+        _manager.addUDIMPatch(token, part.tile, texture);
+        picture.tileWidth = std::max(picture.tileWidth, std::uint32_t(std::max(widthOf(texture), 0)));
+    }
+    return picture;
 }
 
 } // namespace vrkview

@@ -3,8 +3,11 @@
 #pragma once
 
 #include "Model.h"
+#include "ScenePlans.h"
 
 #include <VrkGL/TextureToken.h>
+
+#include <QList>
 
 #include <vector>
 
@@ -17,19 +20,35 @@ namespace vrkview
 {
 
 /// Loads all pictures at once, so that the first frame does not wait; shows how far it is on a terminal. A picture that
-/// is not there or cannot be read comes out white, and the log says which. The textures belong to the manager.
+/// is not there or cannot be read comes out white, and the log says which; so do tiles, with a remark, where the
+/// manager has none. The textures belong to the manager.
 class ModelTextures
 {
 public:
     ModelTextures(Harrow::Vrk::TextureManager& manager, const Model& model);
 
-    /// The token of the picture that colours a mesh, or that of white.
-    Harrow::Vrk::TextureToken tokenOf(const Mesh& mesh) const;
+    /// With the picture that colours a mesh, or white.
+    PicturedMaterial picturedMaterial(std::size_t material, const Mesh& mesh) const;
+
+    /// All of them.
+    QList<Harrow::Vrk::TextureToken> tokens() const;
 
 private:
+    struct Picture
+    {
+        Harrow::Vrk::TextureToken token;
+        ImageKind kind = ImageKind::Flat;
+        std::uint32_t tileWidth = 0;
+    };
+
+    Picture pictureOf(const Image& image);
+    Picture tilesOf(const Image& image);
+    Harrow::Vrk::TextureToken tokenOf(const QString& path, const QImage& pixels);
+
+    Harrow::Vrk::TextureManager& _manager;
     const Model& _model;
-    Harrow::Vrk::TextureToken _white;
-    std::vector<Harrow::Vrk::TextureToken> _ofImage;
+    Picture _white;
+    std::vector<Picture> _ofImage;
 };
 
 } // namespace vrkview

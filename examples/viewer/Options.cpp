@@ -2,6 +2,7 @@
 #include "Options.h"
 
 #include "Crowd.h"
+#include "TextureWall.h"
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
@@ -18,6 +19,8 @@ namespace
 constexpr int kLargestSide = 1 << 20; // beyond any driver; keeps products of sides in range
 constexpr int kMostSamples = 64;
 constexpr int kMostFrames = 1000000;
+constexpr int kMostLevel = 30;
+constexpr float kMostStops = 24.0f;
 
 template <typename Value> struct Choice
 {
@@ -37,6 +40,18 @@ constexpr Choice<RecordCarrier> kRecordCarriers[] = {
     {"buffer-texture", RecordCarrier::BufferTexture},
     {"texture", RecordCarrier::Texture},
     {"ssbo", RecordCarrier::StorageBuffer},
+};
+
+constexpr Choice<ManagerKind> kManagers[] = {
+    {"sampler", ManagerKind::Sampler},
+    {"array2d", ManagerKind::Array2D},
+    {"array2d-bindless", ManagerKind::Array2DBindless},
+    {"bindless", ManagerKind::Bindless},
+};
+
+constexpr Choice<DebugView> kDebugViews[] = {
+    {"none", DebugView::None},
+    {"slots", DebugView::Slots},
 };
 
 constexpr Choice<UpAxis> kUpAxes[] = {
@@ -127,6 +142,19 @@ public:
             value = text;
     }
 
+    void readLevel(const char* name, std::optional<int>& value)
+    {
+        const QString text = given(name);
+        bool isNumber = false;
+        const int number = text.toInt(&isNumber);
+        if (text == QLatin1String("all"))
+            value.reset();
+        else if (isNumber && number >= 0 && number <= kMostLevel)
+            value = number;
+        else if (!text.isNull())
+            reject(name, text, QStringLiteral("a whole number from 0 to %1, or all").arg(kMostLevel));
+    }
+
     const QString& error() const
     {
         return _error;
@@ -175,6 +203,20 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("crowd"),
          QStringLiteral("Draw a crowd of that many moving objects, 1 to %1.").arg(kLargestCrowd),
          QStringLiteral("count")},
+        {QStringLiteral("textures"),
+         QStringLiteral("Draw a wall of that many different textures, 1 to %1, by default with --manager array2d.")
+             .arg(kLargestWall),
+         QStringLiteral("count")},
+        {QStringLiteral("texture"),
+         QStringLiteral("Show a texture file (KTX, Radiance HDR, ASTC, or what Qt reads), a cube map as a cross."),
+         QStringLiteral("file")},
+        {QStringLiteral("level"), QStringLiteral("The level of the texture to show, 0 if not given, or all."),
+         QStringLiteral("number")},
+        {QStringLiteral("exposure"),
+         QStringLiteral("Brighten what the texture holds as light by so many stops, %1 to %2.")
+             .arg(-kMostStops)
+             .arg(kMostStops),
+         QStringLiteral("stops")},
         {QStringLiteral("camera"), QStringLiteral("Look through a camera of the model's file, by name or number."),
          QStringLiteral("name")},
         {QStringLiteral("azimuth"), QStringLiteral("Where the eye stands around the model; 0 is in front, on +z."),
@@ -194,6 +236,12 @@ void describe(QCommandLineParser& parser)
          QStringLiteral("How the records of objects and materials reach the shader: %1.")
              .arg(words(kRecordCarriers, QStringLiteral(", "))),
          QStringLiteral("how")},
+        {QStringLiteral("manager"),
+         QStringLiteral("How textures reach the shader: %1.").arg(words(kManagers, QStringLiteral(", "))),
+         QStringLiteral("how")},
+        {QStringLiteral("debug"),
+         QStringLiteral("What to draw in place of the scene: %1.").arg(words(kDebugViews, QStringLiteral(", "))),
+         QStringLiteral("what")},
         {QStringLiteral("stats"), QStringLiteral("Tell what a frame costs: counts, memory, time for each phase.")},
         frames,
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this and end.")},
@@ -230,6 +278,12 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     reader.read("up", kUpAxes, options.upAxis);
     reader.read("draw-id", kDrawIdCarriers, options.settings.drawIdCarrier);
     reader.read("carrier", kRecordCarriers, options.settings.recordCarrier);
+    reader.readText("texture", "a file name", options.texturePath);
+    reader.readLevel("level", options.textureLevel);
+    reader.read("exposure", -kMostStops, kMostStops, options.exposure);
+    reader.read("manager", kManagers, options.settings.manager);
+    reader.read("debug", kDebugViews, options.settings.debugView);
+    reader.read("textures", 1, kLargestWall, options.textures);
     reader.read("crowd", 1, kLargestCrowd, options.crowd);
     reader.readText("camera", "a name", options.camera);
     reader.read("frames", 0, kMostFrames, options.frames);
@@ -247,6 +301,22 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
         return failure(QStringLiteral("--builtin and the model '%1' exclude each other").arg(paths[0]));
     if (options.crowd > 0 && (options.builtIn || !paths.isEmpty()))
         return failure(QStringLiteral("--crowd and another scene exclude each other"));
+    if (!options.texturePath.isEmpty() &&
+        (options.textures > 0 || options.crowd > 0 || options.builtIn || options.window || !paths.isEmpty()))
+        return failure(QStringLiteral("--texture excludes a scene and --window"));
+    if (options.texturePath.isEmpty() &&
+        (parser.isSet(QStringLiteral("level")) || parser.isSet(QStringLiteral("exposure"))))
+        return failure(QStringLiteral("--level and --exposure want --texture"));
+    if (options.textures > 0 && (options.crowd > 0 || options.builtIn || !paths.isEmpty()))
+        return failure(QStringLiteral("--textures and another scene exclude each other"));
+    if (options.textures > 0 && !parser.isSet(QStringLiteral("manager")))
+        options.settings.manager = ManagerKind::Array2D;
+    const bool hasArrays =
+        options.settings.manager == ManagerKind::Array2D || options.settings.manager == ManagerKind::Array2DBindless;
+    if (options.textures > 0 && !hasArrays)
+        return failure(QStringLiteral("--textures wants --manager array2d or array2d-bindless"));
+    if (options.settings.debugView == DebugView::Slots && !hasArrays)
+        return failure(QStringLiteral("--debug slots wants --manager array2d or array2d-bindless"));
     if (!options.camera.isEmpty() && paths.isEmpty())
         return failure(QStringLiteral("--camera needs a model that has cameras"));
     if (options.frames > 0 && !options.window)

@@ -26,8 +26,12 @@ struct Options
     UpAxis upAxis = UpAxis::Y;
     RenderSettings settings;
     bool builtIn = false;
-    int crowd = 0;  ///< instances of the crowd scene; 0 is no crowd
-    QString camera; ///< name or number of one of the file's cameras; empty: orbiting
+    int crowd = 0;                       ///< instances of the crowd scene; 0 is no crowd
+    QString texturePath;                 ///< a texture file that is shown in place of a scene
+    std::optional<int> textureLevel = 0; ///< nothing: all levels
+    std::optional<float> exposure;
+    int textures = 0; ///< panels of the wall of textures; 0 is no wall
+    QString camera;   ///< name or number of one of the file's cameras; empty: orbiting
     bool stats = false;
     bool window = false;
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The roads that records and draw numbers can take to the shader: choices for the whole process, made on the command
-// line and carried out by the renderer. The picture is the same by all of them.
+// The roads that records, draw numbers and textures can take to the shader: choices for the whole process, made on the
+// command line and carried out by the renderer. The picture is the same by all of them.
 #pragma once
 
 namespace vrkview
@@ -24,10 +24,28 @@ enum class RecordCarrier
     StorageBuffer,
 };
 
+/// What makes textures reachable from the shader.
+enum class ManagerKind
+{
+    Sampler,         ///< a sampler for each texture of a draw
+    Array2D,         ///< copies in the layers of a few array textures
+    Array2DBindless, ///< the same, reached by handles
+    Bindless,        ///< a handle for each texture
+};
+
+/// What is drawn in place of the scene.
+enum class DebugView
+{
+    None,
+    Slots, ///< what the texture manager holds
+};
+
 struct RenderSettings
 {
     DrawIdCarrier drawIdCarrier = DrawIdCarrier::Automatic;
     RecordCarrier recordCarrier = RecordCarrier::UniformBuffer;
+    ManagerKind manager = ManagerKind::Sampler;
+    DebugView debugView = DebugView::None;
 };
 
 } // namespace vrkview

@@ -188,10 +188,9 @@ void Scene::addDrawables(const Model& model, const ModelTextures& textures, cons
             continue;
         const MeshOnGpu onGpu = upload(mesh);
         boxes[index] = boxOf(mesh, onGpu.scale);
-        const TextureToken image = textures.tokenOf(mesh);
         if (!_byBaseInstance)
         {
-            addDrawables(model, instances, onGpu, image, 0, plans);
+            addDrawables(model, instances, onGpu, textures, 0, plans);
             continue;
         }
         // Mirrored ones apart: the front face is set for whole lists.
@@ -200,22 +199,28 @@ void Scene::addDrawables(const Model& model, const ModelTextures& textures, cons
         for (const Instance* const instance : instances)
             (instance->worldFromModel.determinant() < 0.0 ? mirrored : upright).push_back(instance);
         const bool twoSided = model.materials[mesh.material].twoSided;
-        addDrawables(model, upright, onGpu, image, twoSided ? 0 : kFrontCCW, plans);
-        addDrawables(model, mirrored, onGpu, image, twoSided ? 0 : kFrontCW, plans);
+        addDrawables(model, upright, onGpu, textures, twoSided ? 0 : kFrontCCW, plans);
+        addDrawables(model, mirrored, onGpu, textures, twoSided ? 0 : kFrontCW, plans);
     }
     _gpuModel.loadBoundingBoxes(boxes.data(), int(boxes.size()));
 }
 
 /// As many as it takes. All instances are of one mesh.
 void Scene::addDrawables(const Model& model, const std::vector<const Instance*>& instances, const MeshOnGpu& onGpu,
-                         const TextureToken& image, quint64 flags, const ScenePlans& plans)
+                         const ModelTextures& textures, quint64 flags, const ScenePlans& plans)
 {
+    if (instances.empty())
+        return;
+    const Mesh& mesh = model.meshes[instances.front()->mesh];
     for (std::size_t first = 0; first < instances.size(); first += plans.capacity())
     {
         const std::size_t count = std::min(plans.capacity(), instances.size() - first);
-        const Material& material = model.materials[model.meshes[instances.front()->mesh].material];
-        addDrawable(model, {instances.begin() + long(first), instances.begin() + long(first + count)}, onGpu, flags,
-                    plans.newMaterials(count, material, image), plans.newObjects(count));
+        const std::vector<const Instance*> some(instances.begin() + long(first),
+                                                instances.begin() + long(first + count));
+        std::vector<PicturedMaterial> materials;
+        for (const Instance* const instance : some)
+            materials.push_back(textures.picturedMaterial(instance->material.value_or(mesh.material), mesh));
+        addDrawable(model, some, onGpu, flags, plans.newMaterials(materials), plans.newObjects(count));
     }
 }
 

@@ -91,7 +91,7 @@ private:
     int transformOf(const Instance& instance, const MeshOnGpu& mesh);
     void addDrawables(const Model& model, const ModelTextures& textures, const ScenePlans& plans);
     void addDrawables(const Model& model, const std::vector<const Instance*>& instances, const MeshOnGpu& onGpu,
-                      const Harrow::Vrk::TextureToken& image, quint64 flags, const ScenePlans& plans);
+                      const ModelTextures& textures, quint64 flags, const ScenePlans& plans);
     void addDrawable(const Model& model, const std::vector<const Instance*>& instances, const MeshOnGpu& onGpu,
                      quint64 flags, Harrow::Vrk::InstanceDataCollection* materials,
                      Harrow::Vrk::InstanceDataCollection* objects);

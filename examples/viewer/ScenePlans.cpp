@@ -23,7 +23,7 @@ constexpr std::size_t kTexelBytes = 16;
 
 const QString kBaseColor = QStringLiteral("BaseColor");
 const QString kSurface = QStringLiteral("Surface");
-const QString kWrap = QStringLiteral("Wrap");
+const QString kPicture = QStringLiteral("Picture");
 const QString kColorMap = QStringLiteral("ColorMap");
 
 constexpr InstanceDataPlan::MechanismType kMechanisms[] = {
@@ -67,7 +67,7 @@ bool ScenePlans::create(RecordCarrier carrier, std::size_t wantedRecords, QStrin
     _materials = newPlan("Material", carrier, wantedRecords);
     _materials->addMember(InstanceDataPlan::eVec4, kBaseColor);
     _materials->addMember(InstanceDataPlan::eVec4, kSurface);
-    _materials->addMember(InstanceDataPlan::eUVec2, kWrap);
+    _materials->addMember(InstanceDataPlan::eUVec4, kPicture);
     _materials->addMember(InstanceDataPlan::eTexture, kColorMap);
     if (_fillsBlocks)
         for (InstanceDataPlan* const plan : {_objects, _materials})
@@ -101,21 +101,24 @@ InstanceDataCollection* ScenePlans::newObjects(std::size_t count) const
     return newRecords(_objects, count);
 }
 
-InstanceDataCollection* ScenePlans::newMaterials(std::size_t count, const Material& material,
-                                                 const TextureToken& image) const
+InstanceDataCollection* ScenePlans::newMaterials(const std::vector<PicturedMaterial>& materials) const
 {
-    const float baseColor[] = {material.baseColor.x(), material.baseColor.y(), material.baseColor.z(),
-                               material.opacity};
-    const float surface[] = {material.roughness, material.metallic, material.alphaCutoff,
-                             material.transparent ? 1.0f : 0.0f};
-    const quint32 wrap[] = {quint32(material.wrapS), quint32(material.wrapT)};
-    InstanceDataCollection* const records = newRecords(_materials, count);
-    for (int i = 0; i < records->size(); ++i) // those beyond `count` too, so that they name a token that there is
+    InstanceDataCollection* const records = newRecords(_materials, materials.size());
+    for (int i = 0; i < records->size(); ++i)
     {
+        // Those behind the last one too, so that they name a token that there is.
+        const PicturedMaterial& pictured = materials[std::min(std::size_t(i), materials.size() - 1)];
+        const Material& material = *pictured.material;
+        const float baseColor[] = {material.baseColor.x(), material.baseColor.y(), material.baseColor.z(),
+                                   material.opacity};
+        const float surface[] = {material.roughness, material.metallic, material.alphaCutoff,
+                                 material.transparent ? 1.0f : 0.0f};
+        const quint32 picture[] = {quint32(material.wrapS), quint32(material.wrapT), quint32(pictured.kind),
+                                   pictured.tileWidth};
         records->set(i, kBaseColor, baseColor, sizeof baseColor);
         records->set(i, kSurface, surface, sizeof surface);
-        records->set(i, kWrap, wrap, sizeof wrap);
-        records->set(i, kColorMap, &image.token, sizeof image.token);
+        records->set(i, kPicture, picture, sizeof picture);
+        records->set(i, kColorMap, &pictured.token.token, sizeof pictured.token.token);
     }
     return records;
 }

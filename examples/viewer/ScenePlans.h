@@ -10,6 +10,8 @@
 
 #include <QString>
 
+#include <vector>
+
 namespace Harrow::Vrk
 {
 class InstanceDataCollection;
@@ -18,6 +20,15 @@ class InstanceDataPlan;
 
 namespace vrkview
 {
+
+/// A material with the picture that its token stands for.
+struct PicturedMaterial
+{
+    const Material* material = nullptr;
+    Harrow::Vrk::TextureToken token;
+    ImageKind kind = ImageKind::Flat;
+    std::uint32_t tileWidth = 0; ///< in texels, of tiles
+};
 
 /// Registers both plans, and takes all plans away at its end; collections must be gone by then. Wants the context
 /// current: a plan asks the driver for its limits.
@@ -35,10 +46,9 @@ public:
         return _capacity;
     }
 
-    /// Zeroed records for `count` instances. The caller owns them.
+    /// Zeroed records for `count` instances, and filled ones. The caller owns them.
     Harrow::Vrk::InstanceDataCollection* newObjects(std::size_t count) const;
-    Harrow::Vrk::InstanceDataCollection* newMaterials(std::size_t count, const Material& material,
-                                                      const Harrow::Vrk::TextureToken& image) const;
+    Harrow::Vrk::InstanceDataCollection* newMaterials(const std::vector<PicturedMaterial>& materials) const;
 
     /// The units with the accessors, for the stage that uses them.
     QString objectUnit() const;

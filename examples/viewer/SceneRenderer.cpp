@@ -5,8 +5,10 @@
 #include "Scene.h"
 #include "ScenePlans.h"
 
+#include <VrkGL/Array2DTextureManager.h>
 #include <VrkGL/AutoBinder.h>
 #include <VrkGL/AutoEnabler.h>
+#include <VrkGL/BindlessTextureManager.h>
 #include <VrkGL/BufferObject.h>
 #include <VrkGL/DrawBuffers.h>
 #include <VrkGL/GLFunctions.h>
@@ -45,6 +47,9 @@ QVector3D direction(const QVector4D& vector)
     return (v / std::max({std::abs(v.x()), std::abs(v.y()), std::abs(v.z())})).normalized();
 }
 
+/// With the table of tokens this leaves samplers for others on every driver.
+constexpr int kArraySlots = 12;
+
 double milliseconds(const QElapsedTimer& timer)
 {
     return double(timer.nsecsElapsed()) * 1.0e-6;
@@ -76,18 +81,19 @@ bool SceneRenderer::create(const Model& model, const RenderSettings& settings, Q
     // Defines reach a shader when it is added, so they come first.
     _macroProcessor.addIncludePath(QStringLiteral(":/vrkview"));
     DrawBuffers::setup(&_macroProcessor);
-    createTextureManager();
+    if (!createTextureManager(settings.manager, error))
+        return false;
     _textures->setup(&_macroProcessor);
-
-    _backgroundProgram = buildProgram(QStringLiteral("background"), false, error);
-    _sceneProgram = buildProgram(QStringLiteral("scene"), true, error);
-    if (!_backgroundProgram || !_sceneProgram)
+    if (!buildPrograms(settings.debugView, error))
         return false;
 
     const QSharedPointer<BufferObject> frameBuffer = OpenGLDeviceContext::current()->newBuffer();
     frameBuffer->setTarget(GL_UNIFORM_BUFFER);
     _frame = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Frame"), frameBuffer);
-    _scene = std::make_unique<Scene>(model, ModelTextures(*_textures, model), *_textures, *_plans, _byBaseInstance);
+    const ModelTextures textures(*_textures, model);
+    if (settings.manager == ManagerKind::Array2D || settings.manager == ManagerKind::Array2DBindless)
+        _textures->bind(textures.tokens()); // places for all before the first draw, or the slots grow with each list
+    _scene = std::make_unique<Scene>(model, textures, *_textures, *_plans, _byBaseInstance);
     return true;
 }
 
@@ -99,15 +105,36 @@ void SceneRenderer::destroy()
         TextureManager::setInstance(nullptr);
     _textures.reset();
     _frame.reset();
+    _slotsProgram.reset();
     _sceneProgram.reset();
     _backgroundProgram.reset();
 }
 
 /// A manager of our own, and not the one that the library would make on demand: its textures go with this context.
-void SceneRenderer::createTextureManager()
+bool SceneRenderer::createTextureManager(ManagerKind kind, QString& error)
 {
-    _textures = std::make_unique<SamplerTextureManager>();
+    const bool wantsArrayHandles = kind == ManagerKind::Array2DBindless;
+    if ((wantsArrayHandles && !Array2DTextureManager::isBindlessSupported()) ||
+        (kind == ManagerKind::Bindless && !BindlessTextureManager::isSupported()))
+    {
+        error = QStringLiteral("this driver has no bindless textures");
+        return false;
+    }
+    if (kind == ManagerKind::Sampler)
+        _textures = std::make_shared<SamplerTextureManager>();
+    else if (kind == ManagerKind::Bindless)
+        _textures = std::make_shared<BindlessTextureManager>();
+    else
+    {
+        const auto arrays = std::make_shared<Array2DTextureManager>();
+        arrays->setMaxSlots(kArraySlots);
+        arrays->setUseExplicitlyArrayAccessInGLSL(true); // pixels of one draw may want several slots
+        if (wantsArrayHandles)
+            arrays->setBindMode(Array2DTextureManager::BindBindless);
+        _textures = arrays;
+    }
     TextureManager::setInstance(_textures.get());
+    return true;
 }
 
 bool SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error)
@@ -123,26 +150,40 @@ bool SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error)
     return true;
 }
 
-SceneRenderer::Program SceneRenderer::buildProgram(const QString& name, bool drawsScene, QString& error)
+SceneRenderer::Program SceneRenderer::newProgram(const QString& vertexName, const QString& fragmentName)
 {
     auto program = std::make_unique<ShaderProgram>(nullptr);
     program->setMacroProcessor(&_macroProcessor);
-    program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral(":/vrkview/%1.vert").arg(name));
-    program->addShaderFromFile(GL_FRAGMENT_SHADER, QStringLiteral(":/vrkview/%1.frag").arg(name));
+    program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral(":/vrkview/%1.vert").arg(vertexName));
+    program->addShaderFromFile(GL_FRAGMENT_SHADER, QStringLiteral(":/vrkview/%1.frag").arg(fragmentName));
     program->addShaderFromFile(GL_FRAGMENT_SHADER, QStringLiteral("VrkUtilities.glslc"));
-    if (drawsScene)
+    return program;
+}
+
+bool SceneRenderer::buildPrograms(DebugView debugView, QString& error)
+{
+    const auto linked = [&error](const Program& program, const char* name)
     {
-        // One of the two defines getDrawID(), which one follows from DrawBuffers::setup.
-        program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.glslc"));
-        program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.vert"));
-        program->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
-        program->addShader(GL_VERTEX_SHADER, _plans->objectUnit());
-        program->addShader(GL_FRAGMENT_SHADER, _plans->materialUnit());
-    }
-    if (program->link())
-        return program;
-    error = QStringLiteral("the driver rejects the %1 shaders").arg(name);
-    return nullptr;
+        if (program->link())
+            return true;
+        error = QStringLiteral("the driver rejects the %1 shaders").arg(QLatin1String(name));
+        return false;
+    };
+    _backgroundProgram = newProgram(QStringLiteral("background"), QStringLiteral("background"));
+    _sceneProgram = newProgram(QStringLiteral("scene"), QStringLiteral("scene"));
+    // One of the two defines getDrawID(), which one follows from DrawBuffers::setup.
+    _sceneProgram->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.glslc"));
+    _sceneProgram->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.vert"));
+    _sceneProgram->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
+    _sceneProgram->addShader(GL_VERTEX_SHADER, _plans->objectUnit());
+    _sceneProgram->addShader(GL_FRAGMENT_SHADER, _plans->materialUnit());
+    if (!linked(_backgroundProgram, "background") || !linked(_sceneProgram, "scene"))
+        return false;
+    if (debugView != DebugView::Slots)
+        return true;
+    _slotsProgram = newProgram(QStringLiteral("background"), QStringLiteral("slots"));
+    _slotsProgram->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
+    return linked(_slotsProgram, "slots");
 }
 
 View SceneRenderer::viewOf(const OrbitCamera& camera, float aspect) const
@@ -175,8 +216,10 @@ void SceneRenderer::draw(const View& view)
     updateFrame(view);
     glDepthMask(GL_TRUE);
     glClear(GL_DEPTH_BUFFER_BIT);
-    drawBackground();
-    drawScene(view);
+    drawQuad(*_backgroundProgram);
+    drawScene(view); // which fills the slots
+    if (_slotsProgram)
+        drawSlots();
 }
 
 void SceneRenderer::updateFrame(const View& view)
@@ -196,14 +239,22 @@ void SceneRenderer::updateFrame(const View& view)
     buffer->uploadArbitraryData(&block, 1, GL_DYNAMIC_DRAW, sizeof(block));
 }
 
-void SceneRenderer::drawBackground()
+void SceneRenderer::drawQuad(ShaderProgram& program)
 {
     const AutoDisabler noDepthTest(GL_DEPTH_TEST);
     const QSharedPointer<DrawBuffers> quad = OpenGLDeviceContext::current()->fullscreenQuad();
-    const AutoBinder programBound(_backgroundProgram.get());
+    const AutoBinder programBound(&program);
     const AutoBinder quadBound(quad.get());
-    quad->VAO()->enableShaderProgramArrays(_backgroundProgram.get());
-    quad->draw(_backgroundProgram.get());
+    quad->VAO()->enableShaderProgramArrays(&program);
+    quad->draw(&program);
+}
+
+void SceneRenderer::drawSlots()
+{
+    const AutoBinder programBound(_slotsProgram.get());
+    _textures->bind(_slotsProgram.get());
+    drawQuad(*_slotsProgram);
+    _textures->unbind(_slotsProgram.get());
 }
 
 void SceneRenderer::drawScene(const View& view)

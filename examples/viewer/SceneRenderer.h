@@ -18,8 +18,8 @@
 
 namespace Harrow::Vrk
 {
-class SamplerTextureManager;
 class ShaderProgram;
+class TextureManager;
 class UniformBufferObject;
 } // namespace Harrow::Vrk
 
@@ -71,18 +71,21 @@ private:
     using Program = std::unique_ptr<Harrow::Vrk::ShaderProgram>;
 
     bool chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error);
-    void createTextureManager();
-    Program buildProgram(const QString& name, bool drawsScene, QString& error);
+    bool createTextureManager(ManagerKind kind, QString& error);
+    Program newProgram(const QString& vertexName, const QString& fragmentName);
+    bool buildPrograms(DebugView debugView, QString& error);
     void updateFrame(const View& view);
-    void drawBackground();
+    void drawQuad(Harrow::Vrk::ShaderProgram& program);
+    void drawSlots();
     void drawScene(const View& view);
     void countDraws();
 
     Harrow::Vrk::GLSLMacroProcessor _macroProcessor; // programs point at it
     Program _backgroundProgram;
     Program _sceneProgram;
+    Program _slotsProgram; // null unless that is what is drawn
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _frame;
-    std::unique_ptr<Harrow::Vrk::SamplerTextureManager> _textures;
+    std::shared_ptr<Harrow::Vrk::TextureManager> _textures; // not shared, but it knows how its kind is deleted
     std::unique_ptr<ScenePlans> _plans;
     std::unique_ptr<Scene> _scene;
     bool _byBaseInstance = false;

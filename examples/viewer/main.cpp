@@ -13,6 +13,8 @@
 #include "RenderTarget.h"
 #include "SceneRenderer.h"
 #include "Terminal.h"
+#include "TextureSheet.h"
+#include "TextureWall.h"
 #include "Window.h"
 
 #include <VrkGL/GLVersions.h>
@@ -76,7 +78,9 @@ const DefaultModel* defaultModel()
 void chooseModel(Options& options)
 {
     Angles view;
-    if (options.builtIn || options.crowd > 0)
+    if (options.textures > 0)
+        view = {0.0f, 0.0f}; // the wall faces this way
+    if (options.builtIn || options.crowd > 0 || options.textures > 0)
         options.modelPath.clear();
     else if (options.modelPath.isEmpty())
     {
@@ -95,6 +99,11 @@ bool loadModel(const Options& options, Model& model, QString& error)
     if (options.crowd > 0)
     {
         model = makeCrowd(options.crowd);
+        return true;
+    }
+    if (options.textures > 0)
+    {
+        model = makeTextureWall(options.textures);
         return true;
     }
     if (options.modelPath.isEmpty())
@@ -209,6 +218,35 @@ bool drawPicture(const Options& options, const Model& model, QImage& picture, QS
     return true;
 }
 
+bool drawSheet(const Options& options, QImage& picture, QString& description, QString& error)
+{
+    RenderTarget target;
+    TextureSheet sheet;
+    QString driver;
+    if (!startDriver(driver, error) || !target.create(options.size, 1, error) ||
+        !sheet.create({options.texturePath, options.textureLevel, options.exposure}, error))
+        return false;
+    target.bind();
+    sheet.draw();
+    target.resolve();
+    picture = target.read();
+    description = sheet.description();
+    Harrow::Vrk::OpenGLDeviceContext::resetContext();
+    return true;
+}
+
+int runTexture(const Options& options, const QString& path)
+{
+    HeadlessContext context;
+    QImage picture;
+    QString description;
+    QString error;
+    if (!context.create(error) || !drawSheet(options, picture, description, error))
+        return fail(QStringLiteral("cannot draw: %1").arg(error));
+    remark(QStringLiteral("%1: %2").arg(QFileInfo(options.texturePath).fileName(), description));
+    return savePicture(picture, path, error) ? EXIT_SUCCESS : fail(error);
+}
+
 int runHeadless(const Options& options, const Model& model, const QString& path)
 {
     HeadlessContext context;
@@ -295,6 +333,8 @@ int run(int argc, char** argv)
         if (!fault.isEmpty())
             return fail(QStringLiteral("cannot write '%1': %2").arg(path, fault));
     }
+    if (!parsed.options.texturePath.isEmpty())
+        return runTexture(parsed.options, path);
     chooseModel(parsed.options);
     Model model;
     QString error;

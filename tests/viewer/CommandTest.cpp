@@ -169,6 +169,22 @@ TEST(ViewerCommandTest, BaseInstanceOnADriverWithoutItIsRefused)
                    {"MESA_GL_VERSION_OVERRIDE", "3.2"}});
 }
 
+TEST(ViewerCommandTest, HandlesOnADriverWithoutBindlessTexturesAreRefused)
+{
+    const ModelFolder folder;
+    for (const char* manager : {"array2d-bindless", "bindless"})
+        expectRefused(folder, {"--builtin", "--manager", manager, "-o", folder.path("a.png")},
+                      QStringLiteral("this driver has no bindless textures"),
+                      {{"MESA_EXTENSION_OVERRIDE", "-GL_ARB_bindless_texture"}});
+}
+
+TEST(ViewerCommandTest, ATextureThatIsNotThereIsRefused)
+{
+    const ModelFolder folder;
+    expectRefused(folder, {"--texture", folder.path("a.ktx"), "-o", folder.path("a.png")},
+                  QStringLiteral("there is no file"));
+}
+
 TEST(ViewerCommandTest, WindowWithoutADisplayIsRefused)
 {
     const ModelFolder folder;

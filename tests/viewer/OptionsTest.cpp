@@ -82,6 +82,63 @@ TEST(OptionsTest, EveryCarrierWordHasItsValue)
     EXPECT_EQ(parse({"--carrier", "ssbo"}).options.settings.recordCarrier, RecordCarrier::StorageBuffer);
 }
 
+TEST(OptionsTest, EveryManagerWordHasItsValue)
+{
+    EXPECT_EQ(parse({}).options.settings.manager, ManagerKind::Sampler);
+    EXPECT_EQ(parse({"--manager", "sampler"}).options.settings.manager, ManagerKind::Sampler);
+    EXPECT_EQ(parse({"--manager", "array2d"}).options.settings.manager, ManagerKind::Array2D);
+    EXPECT_EQ(parse({"--manager", "array2d-bindless"}).options.settings.manager, ManagerKind::Array2DBindless);
+    EXPECT_EQ(parse({"--manager", "bindless"}).options.settings.manager, ManagerKind::Bindless);
+}
+
+TEST(OptionsTest, AWallOfTexturesTakesTheManagerOfArraysUnlessTold)
+{
+    EXPECT_EQ(parse({}).options.textures, 0);
+    EXPECT_EQ(parse({"--textures", "8000"}).options.textures, 8000);
+    EXPECT_EQ(parse({"--textures", "1"}).options.settings.manager, ManagerKind::Array2D);
+    EXPECT_EQ(parse({"--textures", "1", "--manager", "array2d-bindless"}).options.settings.manager,
+              ManagerKind::Array2DBindless);
+    for (const char* count : {"", "0", "-1", "8001", "many"})
+        expectError({"--textures", count}, QStringLiteral("a whole number from 1 to 8000"));
+    for (const char* manager : {"sampler", "bindless"})
+        expectError({"--textures", "5", "--manager", manager}, QStringLiteral("wants --manager array2d"));
+    expectError({"--textures", "5", "--crowd", "5"}, QStringLiteral("exclude each other"));
+    expectError({"--textures", "5", "--builtin"}, QStringLiteral("exclude each other"));
+    expectError({"--textures", "5", "a.obj"}, QStringLiteral("exclude each other"));
+}
+
+TEST(OptionsTest, TheSlotsOfArraysCanBeShown)
+{
+    EXPECT_EQ(parse({}).options.settings.debugView, DebugView::None);
+    EXPECT_EQ(parse({"--debug", "none"}).options.settings.debugView, DebugView::None);
+    EXPECT_EQ(parse({"--debug", "slots", "--manager", "array2d"}).options.settings.debugView, DebugView::Slots);
+    EXPECT_EQ(parse({"--debug", "slots", "--textures", "9"}).options.settings.debugView, DebugView::Slots);
+    expectError({"--debug", "slots"}, QStringLiteral("wants --manager array2d"));
+    expectError({"--debug", "all"}, QStringLiteral("one of none, slots"));
+}
+
+TEST(OptionsTest, ATextureIsShownWithItsLevelAndExposure)
+{
+    const Options plain = parse({"--texture", "a.ktx"}).options;
+    EXPECT_EQ(plain.texturePath, QStringLiteral("a.ktx"));
+    EXPECT_EQ(plain.textureLevel, std::optional<int>(0));
+    EXPECT_FALSE(plain.exposure);
+    const Options told = parse({"--texture", "a.hdr", "--level", "3", "--exposure", "-1.5"}).options;
+    EXPECT_EQ(told.textureLevel, std::optional<int>(3));
+    EXPECT_EQ(told.exposure, std::optional<float>(-1.5f));
+    EXPECT_FALSE(parse({"--texture", "a.hdr", "--level", "all"}).options.textureLevel);
+    for (const char* level : {"", "-1", "31", "some", "1.5"})
+        expectError({"--texture", "a.ktx", "--level", level}, QStringLiteral("a whole number from 0 to 30, or all"));
+    for (const char* stops : {"", "25", "-25", "nan", "bright"})
+        expectError({"--texture", "a.ktx", "--exposure", stops}, QStringLiteral("a number from -24 to 24"));
+    expectError({"--texture", ""}, QStringLiteral("a file name"));
+    expectError({"--level", "1"}, QStringLiteral("want --texture"));
+    expectError({"--exposure", "1"}, QStringLiteral("want --texture"));
+    for (const QStringList& scene : {QStringList{"--builtin"}, QStringList{"--crowd", "3"}, QStringList{"--window"},
+                                     QStringList{"a.obj"}, QStringList{"--textures", "4"}})
+        expectError(QStringList{"--texture", "a.ktx"} + scene, QStringLiteral("--texture excludes a scene"));
+}
+
 TEST(OptionsTest, BuiltInIsTaken)
 {
     EXPECT_TRUE(parse({"--builtin"}).options.builtIn);
@@ -109,8 +166,9 @@ TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
     const ParsedOptions parsed = parse({"--help"});
     EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
     for (const char* option :
-         {"--output", "--size", "--window", "--builtin", "--azimuth", "--elevation", "--up", "--samples", "--draw-id",
-          "--carrier", "--crowd", "--camera", "--stats", "--help", "--version"})
+         {"--output",   "--size",    "--window",  "--builtin", "--azimuth",  "--elevation", "--up",
+          "--samples",  "--draw-id", "--carrier", "--manager", "--textures", "--texture",   "--level",
+          "--exposure", "--debug",   "--crowd",   "--camera",  "--stats",    "--help",      "--version"})
         EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
 }
@@ -140,6 +198,7 @@ TEST(OptionsTest, CountsThatAreNoWholeNumberInRangeAreRejected)
 TEST(OptionsTest, UnknownWordsAreRejectedWithTheListOfKnownOnes)
 {
     expectError({"--draw-id", "magic"}, QStringLiteral("one of auto, uniform, base-instance"));
+    expectError({"--manager", "magic"}, QStringLiteral("one of sampler, array2d, array2d-bindless, bindless"));
     expectError({"--up", "Y"}, QStringLiteral("one of y, z"));
     expectError({"--carrier", "pigeon"}, QStringLiteral("one of ubo, uniform, buffer-texture, texture, ssbo"));
 }

@@ -174,8 +174,14 @@ TEST(ViewerPictureTest, EveryRoadOfRecordsAndDrawNumbersGivesTheSamePicture)
     const QImage expected = drawWithViewer(command);
     for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture", "ssbo"})
         for (const char* drawId : {"uniform", "base-instance"})
-            expectAlike(expected, drawWithViewer(command + QStringList{"--carrier", carrier, "--draw-id", drawId}), 1,
-                        qPrintable(QStringLiteral("%1, %2").arg(QLatin1String(carrier), QLatin1String(drawId))));
+            for (const char* manager : {"sampler", "array2d"})
+                expectAlike(
+                    expected,
+                    drawWithViewer(command +
+                                   QStringList{"--carrier", carrier, "--draw-id", drawId, "--manager", manager}),
+                    1,
+                    qPrintable(QStringLiteral("%1, %2, %3")
+                                   .arg(QLatin1String(carrier), QLatin1String(drawId), QLatin1String(manager))));
 }
 
 TEST(ViewerPictureTest, EveryRoadOfRecordsGivesTheSamePictureOnTheFloor)
@@ -183,7 +189,10 @@ TEST(ViewerPictureTest, EveryRoadOfRecordsGivesTheSamePictureOnTheFloor)
     const QStringList command = QStringList{"--builtin"} + kSmall;
     const QImage expected = drawWithViewer(command);
     for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture"})
-        expectAlike(expected, drawWithViewer(command + QStringList{"--carrier", carrier}, kFloor), 1, carrier);
+        for (const char* manager : {"sampler", "array2d"})
+            expectAlike(expected,
+                        drawWithViewer(command + QStringList{"--carrier", carrier, "--manager", manager}, kFloor), 1,
+                        qPrintable(QStringLiteral("%1, %2").arg(QLatin1String(carrier), QLatin1String(manager))));
 }
 
 TEST(ViewerPictureTest, ACrowdIsDrawnByEveryRoad)

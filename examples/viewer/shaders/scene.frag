@@ -45,6 +45,13 @@ vec3 facingNormal(vec3 toEye)
     return normalize(dot(normal, plane) < 0.0 ? -normal : normal);
 }
 
+// The numbers of ImageKind in Model.h.
+const uint kCube = 1u;
+const uint kTiles = 3u;
+
+// The smallest level that pictures from files have.
+const float kLastLevel = 4.0;
+
 // Where a picture that ends at 0 and 1 is to be looked at. Mirrored by Wrap in Model.h.
 float wrapped(float place, uint wrap)
 {
@@ -55,17 +62,33 @@ float wrapped(float place, uint wrap)
     return place;
 }
 
-// The picture at the surface, in linear light. The level comes from the coordinate before it is wrapped, which jumps.
+// The level at which a picture of this size in texels is to be looked at. It comes from the coordinate before that is
+// wrapped, which jumps.
+float levelFor(vec2 size)
+{
+    vec2 across = dFdx(vo_TexCoord) * size;
+    vec2 upwards = dFdy(vo_TexCoord) * size;
+    return min(0.5 * log2(max(max(dot(across, across), dot(upwards, upwards)), 1.0)), kLastLevel);
+}
+
+// Where a place on a globe is seen from its middle; x goes once around, y from pole to pole.
+vec3 onGlobe(vec2 place)
+{
+    vec2 angle = (place - 0.5) * vec2(6.28318531, 3.14159265);
+    return vec3(cos(angle.y) * sin(angle.x), sin(angle.y), cos(angle.y) * cos(angle.x));
+}
+
+// The picture at the surface, in linear light.
 vec4 pictured()
 {
     VrkTextureToken image = getColorMap();
-    uvec2 wrap = getWrap();
-    vec2 size = managedTextureSize(image);
-    vec2 across = dFdx(vo_TexCoord) * size;
-    vec2 upwards = dFdy(vo_TexCoord) * size;
-    float level = 0.5 * log2(max(max(dot(across, across), dot(upwards, upwards)), 1.0));
-    vec2 place = vec2(wrapped(vo_TexCoord.x, wrap.x), wrapped(vo_TexCoord.y, wrap.y));
-    return managedTextureLod(image, place, level);
+    uvec4 picture = getPicture();    // wrapping of x and y, kind, width of a tile
+    if (picture.z == kTiles)
+        return managedTextureLod(image, vo_TexCoord, levelFor(vec2(float(picture.w))));
+    if (picture.z == kCube)
+        return managedTextureCubeLod(image, onGlobe(vo_TexCoord), levelFor(4.0 * managedTextureCubeSize(image)));
+    vec2 place = vec2(wrapped(vo_TexCoord.x, picture.x), wrapped(vo_TexCoord.y, picture.y));
+    return managedTextureLod(image, place, levelFor(managedTextureSize(image)));
 }
 
 void main()
