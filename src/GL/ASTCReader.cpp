@@ -7,6 +7,8 @@
 #include "TextureFileInfo.h"
 #include "TextureProcessing.h"
 
+#include <QMessageLogger>
+
 #include <VrkCore/Memory.h>
 
 #include <algorithm>
@@ -171,7 +173,7 @@ Texture* ASTCReader::load(const TextureFileInfo& info)
         loaded = loadBlocks(*_record->memory, _record->header, info.srgb);
     if (!loaded)
     {
-        VRK_LOG_WARNING("Texture %s failed to load.", qPrintable(_record->name));
+        QMessageLogger().warning("Texture %s failed to load.", qPrintable(_record->name));
         return nullptr;
     }
     Texture* texture = loaded.release();

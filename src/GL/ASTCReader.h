@@ -43,7 +43,7 @@ public:
     /// and blocks that do not fit the size, as those of most invalid files, leave a texture without an image and an
     /// error for `checkGLError`.
     ///
-    /// Null, with the warning "Texture %s failed to load." (guarded) and nothing left behind, when there is no header,
+    /// Null, with the warning "Texture %s failed to load." and nothing left behind, when there is no header,
     /// when the blocks cannot be had or are more than 2 GiB, and when no texture unit is free.
     Texture* load(const TextureFileInfo& info) override;
 

@@ -10,6 +10,8 @@
 #include "Texture.h"
 #include "TextureStreamer.h"
 
+#include <QMessageLogger>
+
 #include <algorithm>
 #include <utility>
 
@@ -120,7 +122,7 @@ void Array2DTextureManager::setSlotReallocationMethod(SlotReallocationMethod met
     if (value < 2u)
         _slotReallocationMethod = method;
     else
-        VRK_LOG_WARNING("Unsupported slot reallocation method request %d ignored!", static_cast<int>(value));
+        QMessageLogger().warning("Unsupported slot reallocation method request %d ignored!", static_cast<int>(value));
 }
 
 // ---- GLSL ----------------------------------------------------------------------------------------------------------

@@ -23,7 +23,7 @@ struct BindlessTextureFunctions;
 ///
 /// A texture whose format no slot has takes an unused slot. When all are in use it goes into one of another size and
 /// the same sampler state, scaled by the copy, and layers of one slot move into another to free it: into smaller ones
-/// or into larger ones, as `setSlotReallocationMethod` says. Both are told by a warning (guarded), as is a texture that
+/// or into larger ones, as `setSlotReallocationMethod` says. Both are told by a warning, as is a texture that
 /// fits nowhere; that one samples as `VRK_INVALID_TEXEL`, and its next bind tries again.
 ///
 /// `bind(tokens)` gives places, `bind(program)` makes storage, copies what is pending, level by level and on the GPU,
@@ -74,7 +74,7 @@ public:
     /// more: binding one is reported. The array textures live as long as the manager.
     void clear() override;
 
-    /// Any other value: the warning "Unsupported slot reallocation method request %d ignored!" (guarded).
+    /// Any other value: the warning "Unsupported slot reallocation method request %d ignored!".
     void setSlotReallocationMethod(SlotReallocationMethod method) override;
     bool supportsUDIMs() const override;
     /// A streamer that has changed is copied again by the next `bind(program)`.

@@ -9,6 +9,7 @@
 #include "Texture.h"
 
 #include <QDebug>
+#include <QMessageLogger>
 
 #include <algorithm>
 #include <utility>
@@ -318,18 +319,18 @@ QList<int> Array2DTextureManager::sortSlotsByLargest(const QList<int>& list) con
 
 void Array2DTextureManager::warnResized(int width, int height, const SlotFormat& into) const
 {
-    VRK_LOG_WARNING("%p Textures were resized to fit into texture slots (%dx%d) -> (%dx%d)",
-                    static_cast<const void*>(this), width, height, into.width, into.height);
+    QMessageLogger().warning("%p Textures were resized to fit into texture slots (%dx%d) -> (%dx%d)",
+                             static_cast<const void*>(this), width, height, into.width, into.height);
 }
 
 void Array2DTextureManager::warnNoSlot(const SlotFormat& format) const
 {
-    VRK_LOG_WARNING("%p Failed to find slot or layer (%4dx%-4d) 0x%04X C:0x%04X 0x%04X F:0x%04X 0x%04X %4.1f %4.1f\n",
-                    static_cast<const void*>(this), format.width, format.height,
-                    static_cast<unsigned>(format.internalFormat), static_cast<unsigned>(format.wrapS),
-                    static_cast<unsigned>(format.wrapT), static_cast<unsigned>(format.magFilter),
-                    static_cast<unsigned>(format.minFilter), static_cast<double>(format.anisotropy),
-                    static_cast<double>(format.lodBias));
+    QMessageLogger().warning(
+        "%p Failed to find slot or layer (%4dx%-4d) 0x%04X C:0x%04X 0x%04X F:0x%04X 0x%04X %4.1f %4.1f\n",
+        static_cast<const void*>(this), format.width, format.height, static_cast<unsigned>(format.internalFormat),
+        static_cast<unsigned>(format.wrapS), static_cast<unsigned>(format.wrapT),
+        static_cast<unsigned>(format.magFilter), static_cast<unsigned>(format.minFilter),
+        static_cast<double>(format.anisotropy), static_cast<double>(format.lodBias));
 }
 
 void Array2DTextureManager::dumpSlots()

@@ -10,6 +10,8 @@
 #include "Texture.h"
 #include "TextureUnits.h"
 
+#include <QMessageLogger>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -307,10 +309,10 @@ bool Array2DTextureManager::blitTokenToTextureSlot(const TextureToken& token)
     }
     if (size.isEmpty())
     {
-        VRK_LOG_WARNING("%p Ignoring texture of size (%dx%d), not blitted into array2D. Token %3p [%3d]",
-                        static_cast<const void*>(this), size.width, size.height,
-                        reinterpret_cast<const void*>(static_cast<quintptr>(token.token)),
-                        static_cast<int>(source->textureID()));
+        QMessageLogger().warning("%p Ignoring texture of size (%dx%d), not blitted into array2D. Token %3p [%3d]",
+                                 static_cast<const void*>(this), size.width, size.height,
+                                 reinterpret_cast<const void*>(static_cast<quintptr>(token.token)),
+                                 static_cast<int>(source->textureID()));
         return false;
     }
     blit(*source, record, _tokenLayerCounts[index], maxLevel >= kMaxLevels ? 0 : maxLevel);

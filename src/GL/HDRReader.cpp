@@ -10,6 +10,8 @@
 #include "TextureProcessing.h"
 #include "TextureUpload.h"
 
+#include <QMessageLogger>
+
 #include <VrkCore/Memory.h>
 
 #include <algorithm>
@@ -74,11 +76,11 @@ bool readRow(RadianceRowReader& rows, quint32 width, float* row, unsigned char* 
 {
     const RadianceRow result = rows.read(row, rgbe);
     if (result == RadianceRow::eBadWidth)
-        VRK_LOG_WARNING("HDR format error: bad scanline width");
+        QMessageLogger().warning("HDR format error: bad scanline width");
     if (result == RadianceRow::eOverlongRun)
     {
-        VRK_LOG_WARNING("Bad scanline: RLE run starting at %u ends at %u, but width is only %u", rows.runStart(),
-                        rows.runEnd(), width);
+        QMessageLogger().warning("Bad scanline: RLE run starting at %u ends at %u, but width is only %u",
+                                 rows.runStart(), rows.runEnd(), width);
         std::abort(); // required, unlike everywhere else
     }
     return result != RadianceRow::eNoData;
@@ -166,7 +168,7 @@ Texture* HDRReader::load(const TextureFileInfo& info)
     std::unique_ptr<Texture> loaded;
     if (!loadImage(_record->header, _record->end, loaded))
     {
-        VRK_LOG_WARNING("Texture %s failed to load.", qPrintable(_record->name));
+        QMessageLogger().warning("Texture %s failed to load.", qPrintable(_record->name));
         return nullptr;
     }
     Texture* texture = loaded.release();

@@ -49,7 +49,7 @@ public:
     /// A row whose own width is another than the picture's gives the warning "HDR format error: bad scanline width" and
     /// stays black, as do all rows behind it, since reading does not go on from there. A run of equal bytes beyond the
     /// end of its row gives "Bad scanline: RLE run starting at %u ends at %u, but width is only %u" and **ends the
-    /// process** by `abort`. (All warnings are guarded.)
+    /// process** by `abort`.
     Texture* load(const TextureFileInfo& info) override;
 
 private:

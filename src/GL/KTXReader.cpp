@@ -12,6 +12,7 @@
 #include <VrkCore/Memory.h>
 
 #include <QList>
+#include <QMessageLogger>
 #include <QThread>
 #include <QVariant>
 
@@ -298,7 +299,7 @@ bool generateMipmaps(GLenum target)
 {
     glGenerateMipmap(target);
     const bool ok = glGetError() == GL_NO_ERROR;
-    VRK_LOG_WARNING("Generating Mipmaps. For increased loading performance, include these in the .ktx file.");
+    QMessageLogger().warning("Generating Mipmaps. For increased loading performance, include these in the .ktx file.");
     return ok;
 }
 
@@ -446,12 +447,12 @@ Texture* KTXReader::load(const TextureFileInfo& info)
 {
     if (isCubeMapTexture() && isArrayTexture())
     {
-        VRK_LOG_WARNING("Cubemap arrays not supported yet, sorry!");
+        QMessageLogger().warning("Cubemap arrays not supported yet, sorry!");
         return nullptr;
     }
     if (isArrayTexture())
     {
-        VRK_LOG_WARNING("Array textures not supported yet, sorry!");
+        QMessageLogger().warning("Array textures not supported yet, sorry!");
         return nullptr;
     }
     if (!_record->header)
@@ -473,8 +474,8 @@ Texture* KTXReader::load(const TextureFileInfo& info)
 
 Texture* KTXReader::failed() const
 {
-    VRK_LOG_WARNING("%s %s failed to load.", isCompressed() ? "Compressed texture" : "Texture",
-                    _record->name.isEmpty() ? "<unnamed>" : qPrintable(_record->name));
+    QMessageLogger().warning("%s %s failed to load.", isCompressed() ? "Compressed texture" : "Texture",
+                             _record->name.isEmpty() ? "<unnamed>" : qPrintable(_record->name));
     return nullptr;
 }
 

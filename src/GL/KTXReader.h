@@ -82,7 +82,7 @@ public:
     /// each level, and looks again every 32 ms. Make the property before the thread starts, so that later only its
     /// value changes.
     ///
-    /// Null, with nothing left behind, and one of these warnings (guarded): "Cubemap arrays not supported yet, sorry!",
+    /// Null, with nothing left behind, and one of these warnings: "Cubemap arrays not supported yet, sorry!",
     /// "Array textures not supported yet, sorry!", and "%s %s failed to load." for what is beyond the end of the memory
     /// and what OpenGL refuses. OpenGL is asked for errors only once, at the end, so that one from before `load` is
     /// blamed on the file; and what OpenGL refuses is remapped and turned like any other before it is deleted, so that
