@@ -75,16 +75,25 @@ protected:
         glGetIntegerv(GL_UNPACK_ALIGNMENT, &alignment);
         EXPECT_EQ(alignment, 2);
         glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+        expectAllUnitsFree();
+        GLTest::TearDown();
+    }
+
+    static void expectAllUnitsFree()
+    {
+        // Opens the context's books where nothing has been bound yet.
+        Texture probe(nullptr);
+        probe.setTarget(GL_TEXTURE_2D);
+        EXPECT_TRUE(probe.bind());
+        EXPECT_TRUE(probe.unbind());
         GLint units = 0;
         glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &units);
         for (GLint unit = 0; unit < units; ++unit)
-            EXPECT_TRUE(Texture::isTextureUnitFree(unsigned(unit)) || !hasLoaded) << unit;
-        GLTest::TearDown();
+            EXPECT_TRUE(Texture::isTextureUnitFree(unsigned(unit))) << unit;
     }
 
     std::unique_ptr<Texture> load(const QString& path, const TextureFileInfo& info = preprocessed())
     {
-        hasLoaded = true;
         return std::unique_ptr<Texture>(LoadTextureFromFile(path, info));
     }
 
@@ -95,7 +104,6 @@ protected:
 
     const EmptyRegistry registry;
     QTemporaryDir folder;
-    bool hasLoaded = false;
 };
 
 } // namespace Harrow::Vrk::Test

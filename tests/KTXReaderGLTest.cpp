@@ -107,7 +107,6 @@ TEST_F(KTXReaderGL, AnInvalidBlockOfMemoryIsNotLoaded)
 {
     QByteArray bytes = kKTXMagic;
     const LogCapture log;
-    hasLoaded = true;
     EXPECT_EQ(LoadTextureFromMemory(reinterpret_cast<unsigned char*>(bytes.data()), size_t(bytes.size()),
                                     preprocessed(), QString()),
               nullptr);
@@ -117,7 +116,6 @@ TEST_F(KTXReaderGL, AnInvalidBlockOfMemoryIsNotLoaded)
 TEST_F(KTXReaderGL, AFileThatIsLoadedFromMemory)
 {
     QByteArray bytes = KTXFile().level(pattern(32)).bytes();
-    hasLoaded = true;
     const std::unique_ptr<Texture> texture(LoadTextureFromMemory(reinterpret_cast<unsigned char*>(bytes.data()),
                                                                  size_t(bytes.size()), preprocessed(), QString()));
     ASSERT_TRUE(texture);
