@@ -221,8 +221,7 @@ TEST_F(Array2DCopyTest, AColourIsMadeIntoATextureByItsCopyAtTheLatest)
     EXPECT_TRUE(Tables::tokenToTexture(*array2D).contains(red));
 }
 
-// ---- what is safe
-// ----------------------------------------------------------------------------------------------------
+// ---- what is safe ---------------------------------------------------------------------------------------------------
 
 TEST_F(Array2DCopyTest, SlotsMadeWithoutAFreeUnitAreLeftWithoutImageAndTheActiveUnitAlone)
 {
@@ -252,6 +251,28 @@ TEST_F(Array2DCopyTest, StorageAndCopiesWaitForAFreeUnit)
     EXPECT_EQ(updating(), onTop(1, kArray) + QStringList(rgba8(0, 1, 1, 1)) + slotParameters(1) +
                               QStringList(CallLog::call("glFlush")) + noneOnTop(kArray) +
                               copied(1, {1000, GL_TEXTURE_2D, 1, 1, 0}, {1, 1, 1, 0}));
+    EXPECT_TRUE(pending().isEmpty());
+}
+
+TEST_F(Array2DCopyTest, ASlotThatLostItsHandleAndFindsNoUnitLeavesNoHandleInTheRecords)
+{
+    makeBindlessSlots(1);
+    const TextureToken first = place(1, 1);
+    array2D->updateSlots();
+    ASSERT_EQ(slot(0).handle, giveHandle(1));
+    const TextureToken second = place(1, 1);
+    occupyUnits(0);
+    {
+        const LogCapture log;
+        array2D->updateSlots();
+    }
+    EXPECT_EQ(slot(0).handle, 0u);
+    EXPECT_EQ(slot(0).allocatedLayers, 0);
+    EXPECT_EQ(record(first), (Record{0, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(record(second), (Record{0, 1, 0, 0, 0, 0, 0, 0}));
+    freeUnits();
+    array2D->updateSlots();
+    EXPECT_EQ(record(first), (Record{0, 0, 0x40, 2, 0, 0, 0, 0}));
     EXPECT_TRUE(pending().isEmpty());
 }
 

@@ -200,6 +200,7 @@ private:
     int specifyLevels(const SlotFormat& format, int layers) const;
     void setSlotParameters(const SlotFormat& format, int levels) const;
     void takeHandle(int slot);
+    void tellHandle(int slot);
     void dropHandle(SlotData& slot);
     bool isResident(quint64 handle) const;
     void blit(Texture& source, const SlotLayerData& record, int layers, int maxLevel);

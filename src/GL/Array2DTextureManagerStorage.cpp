@@ -225,12 +225,16 @@ void Array2DTextureManager::updateStorage(int slot)
         dropHandle(data);
         data.texture.reset(); // with a handle it is immutable; its name may come again
         data.texture = placeholderTexture();
+        data.allocatedLayers = 0;
     }
     const int layers = data.usedLayers;
     {
         const AutoBinder binder(data.texture.get());
         if (!hasUnit(*data.texture))
-            return; // until a unit is free
+        {
+            tellHandle(slot); // the old one is no more
+            return;           // until a unit is free
+        }
         setSlotParameters(data.format, specifyLevels(data.format, layers));
         glFlush();
         if (_bindMode == BindBindless)
@@ -272,8 +276,14 @@ void Array2DTextureManager::takeHandle(int slot)
     SlotData& data = *_slots[slot];
     VRK_ASSERT_RETURN(nullptr != this->_bindless->getTextureHandle, , "Bindless textures are not supported");
     data.handle = _bindless->getTextureHandle(data.texture->textureID());
+    tellHandle(slot);
+}
+
+/// To the records of all tokens in the slot.
+void Array2DTextureManager::tellHandle(int slot)
+{
     for (const qsizetype token : _tokensOfSlots->ofSlot(slot))
-        _textureTokenToSlotLayerData[token].setHandle(data.handle);
+        _textureTokenToSlotLayerData[token].setHandle(_slots[slot]->handle);
 }
 
 // ---- copies --------------------------------------------------------------------------------------------------------
