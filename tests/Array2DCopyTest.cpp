@@ -38,8 +38,7 @@ constexpr std::array<float, 4> kRed = {1, 0, 0, 1};
 
 } // namespace
 
-// ---- which texels
-// ----------------------------------------------------------------------------------------------------
+// ---- which texels --------------------------------------------------------------------------------------------------
 
 TEST_F(Array2DCopyGL, EveryLevelOfTheSourceIsThere)
 {
@@ -168,8 +167,7 @@ TEST_F(Array2DCopyGL, EveryFormatThatCanBeDrawnIntoIsCopiedAsItIs)
     }
 }
 
-// ---- scaled
-// ----------------------------------------------------------------------------------------------------------
+// ---- scaled --------------------------------------------------------------------------------------------------------
 
 TEST_F(Array2DCopyGL, ATextureLargerThanASlotMayBeIsShrunk)
 {
@@ -280,8 +278,7 @@ TEST_F(Array2DCopyGL, FloatsAreClampedInASlotOfBytes)
     expectCopied(token, {clamped}, 0, kStep);
 }
 
-// ---- over time
-// -------------------------------------------------------------------------------------------------------
+// ---- over time -----------------------------------------------------------------------------------------------------
 
 TEST_F(Array2DCopyGL, OldLayersComeBackWhenASlotGrows)
 {
@@ -483,8 +480,7 @@ TEST_F(Array2DCopyGL, PatchesHaveTheTexelsOfTheirTextures)
     array2D->deleteUDIM(set);
 }
 
-// ---- what is left behind
-// ---------------------------------------------------------------------------------------------
+// ---- what is left behind -------------------------------------------------------------------------------------------
 
 TEST_F(Array2DCopyGL, TheDrawFramebufferIsBoundAgainToBothTargets)
 {

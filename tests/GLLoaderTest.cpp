@@ -41,8 +41,7 @@ class GLLoaderGL : public GLTest
 
 } // namespace
 
-// ---- the table
-// -------------------------------------------------------------------------------------------------------
+// ---- the table -----------------------------------------------------------------------------------------------------
 
 TEST(GLFunctionTable, Holds325PointersOf316CoreAndNineExtensionFunctions)
 {
@@ -320,8 +319,7 @@ TEST_F(GLLoader, CallThroughAMissingFunctionReportsAndDoesNothing)
               QStringList({QStringLiteral("OpenGL function 'glIsBuffer' is not available")}));
 }
 
-// ---- versions
-// --------------------------------------------------------------------------------------------------------
+// ---- versions ------------------------------------------------------------------------------------------------------
 
 TEST_F(GLLoader, VersionIsReadOnceAndNeverRefreshed)
 {
@@ -350,8 +348,7 @@ TEST_F(GLLoader, IsVersionGEQComparesFromTheArgumentToTheContext)
     EXPECT_EQ(ogl_IsVersionGEQ(2, 0), 0);
 }
 
-// ---- initializeGLFunctions
-// -------------------------------------------------------------------------------------------
+// ---- initializeGLFunctions -----------------------------------------------------------------------------------------
 
 TEST_F(GLLoader, InitialisationIsRepeatedAtNoCostAfterSuccess)
 {
@@ -398,8 +395,7 @@ TEST_F(GLLoader, FailureNamesTheDriversVersionWhereItCanBeHad)
     EXPECT_EQ(log.messages(), QStringList({QStringLiteral("Failed to initialize OpenGL '4.5 Fake'")}));
 }
 
-// ---- the real driver
-// -------------------------------------------------------------------------------------------------
+// ---- the real driver -----------------------------------------------------------------------------------------------
 
 TEST_F(GLLoaderGL, EveryCoreFunctionIsThere)
 {

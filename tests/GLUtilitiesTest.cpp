@@ -48,8 +48,7 @@ private:
 
 } // namespace
 
-// ---- getGLProcAddress
-// --------------------------------------------------------------------------------------------------
+// ---- getGLProcAddress ----------------------------------------------------------------------------------------------
 
 TEST_F(GLUtilities, MissOfAWantedFunctionIsLoggedAndOfAnOptionalOneSilent)
 {
@@ -95,8 +94,7 @@ TEST_F(GLUtilities, NullNamesAreReported)
                                                          QStringLiteral("No name is given to hasGLExtension()"))}));
 }
 
-// ---- hasGLExtension
-// ----------------------------------------------------------------------------------------------------
+// ---- hasGLExtension ------------------------------------------------------------------------------------------------
 
 TEST_F(GLUtilities, ExtensionIsFoundWithAndWithoutItsPrefix)
 {
@@ -178,8 +176,7 @@ TEST_F(GLUtilities, ExtensionQuestionBeforeLoadingIsReported)
     GLRuntimeTestAccess::forgetExtensionsOf(&other);
 }
 
-// ---- openGlVersionSupported
-// ----------------------------------------------------------------------------------------------
+// ---- openGlVersionSupported ----------------------------------------------------------------------------------------
 
 TEST_F(GLUtilities, VersionIsAskedOnEveryCallAndTheMinorOnlyOnEqualMajors)
 {
@@ -197,8 +194,7 @@ TEST_F(GLUtilities, VersionIsAskedOnEveryCallAndTheMinorOnlyOnEqualMajors)
     EXPECT_FALSE(openGlVersionSupported(4, 0));
 }
 
-// ---- isSamplerType
-// -------------------------------------------------------------------------------------------------------
+// ---- isSamplerType -------------------------------------------------------------------------------------------------
 
 TEST(SamplerTypes, AreExactlyTheFiveRanges)
 {
@@ -219,8 +215,7 @@ TEST(SamplerTypes, AreExactlyTheFiveRanges)
     EXPECT_FALSE(isSamplerType(0xFFFFFFFFu));
 }
 
-// ---- error reports
-// -------------------------------------------------------------------------------------------------------
+// ---- error reports -------------------------------------------------------------------------------------------------
 
 TEST_F(GLUtilities, EachErrorIsWarnedOfWithItsWord)
 {
@@ -289,8 +284,7 @@ TEST_F(GLUtilities, WithoutLoadedFunctionsThereIsNoError)
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
-// ---- debug reports
-// -------------------------------------------------------------------------------------------------------
+// ---- debug reports -------------------------------------------------------------------------------------------------
 
 namespace
 {
@@ -395,8 +389,7 @@ TEST_F(GLUtilitiesGL, DebuggingIsThereExactlyWhereTheDriverHasIt)
     EXPECT_EQ(log.messages(), isFloor() ? missing : QStringList());
 }
 
-// ---- the rest
-// --------------------------------------------------------------------------------------------------------
+// ---- the rest ------------------------------------------------------------------------------------------------------
 
 TEST_F(GLUtilitiesGL, FramebufferLineHasItsFourPieces)
 {
