@@ -368,7 +368,7 @@ TEST_P(BindlessTextureManagerDrawTest, MoreBoundTokensThanSlotsAreWarnedOfAndCut
     const QList<TextureToken> list = {boundToken(0), boundToken(1), boundToken(2), bindless->tokenForColor(Qt::white)};
     const LogCapture log;
     drawAndRelease(list);
-    EXPECT_EQ(log.messages(QtWarningMsg),
+    EXPECT_EQ(log.texts(QtWarningMsg),
               QStringList({"Requesting 3 texture slots but only 2 available. Rendering will be incorrect!"}));
     EXPECT_EQ(log.texts().size(), 1);
     EXPECT_EQ(uploadedSlots, QList<int>({7, 6}));

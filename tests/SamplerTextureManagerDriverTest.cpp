@@ -200,7 +200,7 @@ TEST_F(SamplerTextureManagerGL, TexturesBeyondTheSlotsAreInvalidAndTheOthersRigh
     const auto colors = someColors(5);
     const LogCapture log;
     const QImage picture = draw(tokensOf(colors));
-    EXPECT_EQ(log.messages(QtWarningMsg),
+    EXPECT_EQ(log.texts(QtWarningMsg),
               QStringList({"Requesting 5 texture slots but only 3 available. Rendering will be incorrect!"}));
     EXPECT_TRUE(picturesAgree(picture, cells({colors[0], colors[1], colors[2], kInvalidTexel, kInvalidTexel}), 0, 0));
 }

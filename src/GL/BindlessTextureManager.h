@@ -64,7 +64,7 @@ public:
 
     /// For the bound tokens: uploads their slots if they have changed, and sets the uniforms of `program`, or of the
     /// program in use if null, which must be in use either way. More textures than slots: the warning "Requesting %d
-    /// texture slots but only %d available. Rendering will be incorrect!" (guarded).
+    /// texture slots but only %d available. Rendering will be incorrect!".
     void bind(ShaderProgram* program) override;
     /// Makes the textures of bindless tokens resident, and binds those of bound tokens and gives each a slot. A token
     /// without a texture is passed over.

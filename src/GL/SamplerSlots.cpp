@@ -8,6 +8,8 @@
 #include "Texture.h"
 #include "TextureUnits.h"
 
+#include <QMessageLogger>
+
 namespace Harrow::Vrk
 {
 namespace
@@ -198,7 +200,8 @@ int SamplerSlots::uploadableSlots(int maxSlots) const
     const auto used = static_cast<int>(_slotUnits.size());
     if (used <= maxSlots)
         return used;
-    VRK_LOG_WARNING("Requesting %d texture slots but only %d available. Rendering will be incorrect!", used, maxSlots);
+    QMessageLogger().warning("Requesting %d texture slots but only %d available. Rendering will be incorrect!", used,
+                             maxSlots);
     return maxSlots;
 }
 

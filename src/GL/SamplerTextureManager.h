@@ -32,7 +32,7 @@ public:
 
     /// Uploads the slots of the tokens if they have changed, and sets the uniforms of `program`, or of the program in
     /// use if null, which must be in use either way. More textures than slots: the warning "Requesting %d texture slots
-    /// but only %d available. Rendering will be incorrect!" (guarded).
+    /// but only %d available. Rendering will be incorrect!".
     void bind(ShaderProgram* program) override;
     /// Binds the texture of each token, and gives it a slot that no bind in force holds. A token without a texture is
     /// passed over; a texture for which no unit is free takes a slot and samples nothing.
