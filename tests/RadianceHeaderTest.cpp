@@ -5,6 +5,11 @@
 
 #include "HDRTestTools.h"
 
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -150,16 +155,44 @@ TEST(RadianceHeaderTest, AnExposureWithoutANumberIsInvalid)
     EXPECT_EQ(headerOfLines(QByteArray("EXPOSURE=2\0005\n", 13)).exposure, 2.0f);
 }
 
+/// While it lives, numbers have a decimal comma in the C library, by a locale that is made for it.
+class DecimalComma
+{
+public:
+    DecimalComma()
+    {
+        const QString where = _folder.filePath(QStringLiteral("de_DE.UTF-8"));
+        QProcess::execute(QStringLiteral("localedef"), {QStringLiteral("-i"), QStringLiteral("de_DE"),
+                                                        QStringLiteral("-f"), QStringLiteral("UTF-8"), where});
+        qputenv("LOCPATH", QFile::encodeName(_folder.path()));
+        std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    }
+    ~DecimalComma()
+    {
+        std::setlocale(LC_NUMERIC, _before.constData());
+        qunsetenv("LOCPATH");
+    }
+    DecimalComma(const DecimalComma&) = delete;
+    DecimalComma& operator=(const DecimalComma&) = delete;
+
+    static bool isThere()
+    {
+        return *std::localeconv()->decimal_point == ',';
+    }
+
+private:
+    const QByteArray _before = std::setlocale(LC_NUMERIC, nullptr);
+    QTemporaryDir _folder;
+};
+
 TEST(RadianceHeaderTest, AnExposureHasAPointInEveryCountry)
 {
-    const QByteArray before = std::setlocale(LC_NUMERIC, nullptr);
-    const char* chosen = nullptr;
-    for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "es_ES.UTF-8", "German_Germany"})
-        chosen = chosen ? chosen : std::setlocale(LC_NUMERIC, name);
-    if (!chosen)
-        GTEST_SKIP() << "No locale with a decimal comma is installed here";
-    const RadianceHeader header = headerOfLines("EXPOSURE=.5\nEXPOSURE=2.5\n");
-    std::setlocale(LC_NUMERIC, before.constData());
+    RadianceHeader header;
+    {
+        const DecimalComma scope;
+        ASSERT_TRUE(DecimalComma::isThere()) << "localedef and the sources of de_DE make it";
+        header = headerOfLines("EXPOSURE=.5\nEXPOSURE=2.5\n");
+    }
     EXPECT_TRUE(header.valid);
     EXPECT_EQ(header.exposure, 1.25f);
 }
