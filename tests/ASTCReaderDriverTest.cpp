@@ -7,6 +7,7 @@
 #include "OpenGLDeviceContext.h"
 #include "TextureCallTools.h"
 #include "TextureFileInfo.h"
+#include "TextureReaderTestTools.h"
 #include "TextureTestTools.h"
 
 #include <QScopeGuard>
@@ -32,25 +33,9 @@ QStringList uploadCalls(unsigned format, int width, int height, qsizetype dataSi
             bindName(0)};
 }
 
-class ASTCReaderDriverTest : public TextureFixture
+class ASTCReaderDriverTest : public TextureReaderFixture
 {
 protected:
-    void SetUp() override
-    {
-        TextureFixture::SetUp();
-        aliveBefore = Texture::NumAlive();
-        makeRecord();
-    }
-
-    void TearDown() override
-    {
-        texture.reset();
-        EXPECT_EQ(Texture::NumAlive(), aliveBefore);
-        for (unsigned unit = 0; unit < kUnits; ++unit)
-            EXPECT_TRUE(Texture::isTextureUnitFree(unit));
-        EXPECT_EQ(trace.alive, 0);
-    }
-
     /// The calls of one load. Whatever it gives is kept in `texture`, what it asked of the memory in `trace`.
     QStringList callsOf(TracedMemory* memory, const TextureFileInfo& info = {})
     {
@@ -96,10 +81,6 @@ protected:
         EXPECT_EQ(log.texts().size(), 1);
         EXPECT_EQ(Texture::NumAlive(), aliveBefore);
     }
-
-    MemoryUse trace;
-    std::unique_ptr<Texture> texture;
-    int aliveBefore = 0;
 };
 
 } // namespace

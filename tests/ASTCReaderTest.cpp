@@ -5,6 +5,7 @@
 
 #include "ASTCRecogniser.h"
 #include "ASTCTestTools.h"
+#include "TextureReaderTestTools.h"
 #include "support/LogCapture.h"
 
 #include <QString>
@@ -113,19 +114,7 @@ TEST(ASTCReaderTest, AnswersAsACompressed2DImage)
     EXPECT_TRUE(reader.isCompressed());
     EXPECT_EQ(reader.width(), 258u);
     EXPECT_EQ(reader.height(), 3u);
-    EXPECT_EQ(reader.depth(), 0u);
-    EXPECT_FALSE(reader.isArrayTexture());
-    EXPECT_FALSE(reader.isCubeMapTexture());
-    EXPECT_FALSE(reader.is1DTexture());
-    EXPECT_TRUE(reader.is2DTexture());
-    EXPECT_FALSE(reader.is3DTexture());
-    EXPECT_FALSE(reader.hasMipMaps());
-    EXPECT_EQ(reader.arraySize(), 0u);
-    EXPECT_EQ(reader.cubeFaces(), 1u);
-    EXPECT_EQ(reader.mipmapLevels(), 1u);
-    EXPECT_EQ(reader.numMetadataEntries(), 0u);
-    EXPECT_EQ(reader.rawKey(0), nullptr);
-    EXPECT_EQ(reader.rawValue(0), nullptr);
+    expectOnePlain2DImage(reader);
 }
 
 TEST(ASTCReaderTest, SizesHave24BitsLowestByteFirst)

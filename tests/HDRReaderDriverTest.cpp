@@ -8,6 +8,7 @@
 #include "OpenGLDeviceContext.h"
 #include "TextureCallTools.h"
 #include "TextureFileInfo.h"
+#include "TextureReaderTestTools.h"
 #include "TextureTestTools.h"
 
 #include <QScopeGuard>
@@ -57,7 +58,7 @@ QStringList uploadCalls(int width, int height, GLuint name = 1)
 
 Floats uploaded;
 
-class HDRReaderDriverTest : public TextureFixture
+class HDRReaderDriverTest : public TextureReaderFixture
 {
 protected:
     void SetUp() override
@@ -74,18 +75,7 @@ protected:
                 const auto* const floats = static_cast<const float*>(pixels);
                 uploaded.assign(floats, floats + width * height * 3);
             });
-        TextureFixture::SetUp();
-        aliveBefore = Texture::NumAlive();
-        makeRecord();
-    }
-
-    void TearDown() override
-    {
-        texture.reset();
-        EXPECT_EQ(Texture::NumAlive(), aliveBefore);
-        for (unsigned unit = 0; unit < kUnits; ++unit)
-            EXPECT_TRUE(Texture::isTextureUnitFree(unit));
-        EXPECT_EQ(trace.alive, 0);
+        TextureReaderFixture::SetUp();
     }
 
     /// The calls of one load. Whatever it gives is kept in `texture`.
@@ -108,10 +98,6 @@ protected:
         EXPECT_EQ(log.texts().size(), 1);
         EXPECT_EQ(Texture::NumAlive(), aliveBefore);
     }
-
-    MemoryUse trace;
-    std::unique_ptr<Texture> texture;
-    int aliveBefore = 0;
 };
 
 constexpr Rgbe kA = {200, 10, 20, 130};

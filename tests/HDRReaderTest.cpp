@@ -5,6 +5,7 @@
 
 #include "HDRRecogniser.h"
 #include "HDRTestTools.h"
+#include "TextureReaderTestTools.h"
 #include "support/LogCapture.h"
 
 #include <QString>
@@ -94,19 +95,7 @@ TEST(HDRReaderTest, AnswersAsAPlain2DImage)
     EXPECT_EQ(reader.width(), 640u);
     EXPECT_EQ(reader.height(), 480u);
     EXPECT_FALSE(reader.isCompressed());
-    EXPECT_FALSE(reader.isArrayTexture());
-    EXPECT_FALSE(reader.isCubeMapTexture());
-    EXPECT_FALSE(reader.is1DTexture());
-    EXPECT_TRUE(reader.is2DTexture());
-    EXPECT_FALSE(reader.is3DTexture());
-    EXPECT_FALSE(reader.hasMipMaps());
-    EXPECT_EQ(reader.depth(), 0u);
-    EXPECT_EQ(reader.arraySize(), 0u);
-    EXPECT_EQ(reader.cubeFaces(), 1u);
-    EXPECT_EQ(reader.mipmapLevels(), 1u);
-    EXPECT_EQ(reader.numMetadataEntries(), 0u);
-    EXPECT_EQ(reader.rawKey(0), nullptr);
-    EXPECT_EQ(reader.value(0), QString());
+    expectOnePlain2DImage(reader);
 }
 
 TEST(HDRReaderTest, DeletesItsMemory)
