@@ -235,6 +235,8 @@ TEST_F(GLSLMacroProcessor, IncludeKeepsTheLineEndsOfTheFileAndReadsUtf8)
     EXPECT_EQ(expand(QStringLiteral("#include \"f\"")), "a\r\n\xc3\xa4\r\n");
 }
 
+// The processor knows no conditions: "#if 0" in the next three is text like any other.
+
 TEST_F(GLSLMacroProcessor, IncludeInAnInactiveBranchIsExpanded)
 {
     write(QStringLiteral("f"), "x");
