@@ -41,16 +41,22 @@ QStringList report(const QList<FrameStats>& frames)
     QStringList times;
     for (const Phase& phase : kPhases)
         times += QStringLiteral("%1 %2 ms").arg(QLatin1String(phase.name)).arg(median(frames, phase.time), 0, 'f', 3);
-    return {QStringLiteral("commands %1, culled %2, draw calls %3, batches %4, indices %5")
-                .arg(last.commands)
-                .arg(last.culled)
-                .arg(last.drawCalls)
-                .arg(last.batches)
-                .arg(last.indices),
-            QStringLiteral("memory: CPU %1 KiB, GPU %2 KiB")
-                .arg(double(last.bytesCPU) / kKibibyte, 0, 'f', 1)
-                .arg(double(last.bytesGPU) / kKibibyte, 0, 'f', 1),
-            QStringLiteral("time (median of %1): ").arg(frames.size()) + times.join(QStringLiteral(", "))};
+    QStringList lines = {QStringLiteral("commands %1, culled %2, draw calls %3, batches %4, indices %5")
+                             .arg(last.commands)
+                             .arg(last.culled)
+                             .arg(last.drawCalls)
+                             .arg(last.batches)
+                             .arg(last.indices),
+                         QStringLiteral("memory: CPU %1 KiB, GPU %2 KiB")
+                             .arg(double(last.bytesCPU) / kKibibyte, 0, 'f', 1)
+                             .arg(double(last.bytesGPU) / kKibibyte, 0, 'f', 1),
+                         QStringLiteral("time (median of %1): ").arg(frames.size()) + times.join(QStringLiteral(", "))};
+    if (last.shadowLayers > 0)
+        lines += QStringLiteral("shadow maps: %1 layers, %2 drawn; %3 ms (median)")
+                     .arg(last.shadowLayers)
+                     .arg(last.shadowLayersDrawn)
+                     .arg(median(frames, &FrameStats::shadows), 0, 'f', 3);
+    return lines;
 }
 
 } // namespace vrkview

@@ -19,6 +19,9 @@ struct FrameStats
     quint64 bytesCPU = 0; ///< estimates of the scene
     quint64 bytesGPU = 0;
 
+    int shadowLayers = 0; ///< in use; 0 without shadows
+    int shadowLayersDrawn = 0;
+
     /// Milliseconds that the processor spent.
     double animate = 0.0;
     double update = 0.0;
@@ -26,6 +29,7 @@ struct FrameStats
     double sort = 0.0;
     double draw = 0.0;
     double finish = 0.0;
+    double shadows = 0.0;
 };
 
 /// The counts of the last of these frames and the median times of all, line by line.

@@ -52,6 +52,19 @@ constexpr Choice<ManagerKind> kManagers[] = {
 constexpr Choice<DebugView> kDebugViews[] = {
     {"none", DebugView::None},
     {"slots", DebugView::Slots},
+    {"shadows", DebugView::Shadows},
+};
+
+constexpr Choice<ShadowMapKind> kShadowMapKinds[] = {
+    {"plain", ShadowMapKind::Plain},
+    {"variance", ShadowMapKind::Variance},
+};
+
+constexpr Choice<LightSet> kLightSets[] = {
+    {"all", LightSet::All},
+    {"sun", LightSet::Sun},
+    {"spot", LightSet::Spot},
+    {"point", LightSet::Point},
 };
 
 constexpr Choice<UpAxis> kUpAxes[] = {
@@ -155,6 +168,32 @@ public:
             reject(name, text, QStringLiteral("a whole number from 0 to %1, or all").arg(kMostLevel));
     }
 
+    void readLights(const char* name, LightSettings& value)
+    {
+        const QString text = given(name);
+        bool isNumber = false;
+        const int number = text.toInt(&isNumber);
+        if (isNumber && number >= 1 && number <= kMostLights)
+        {
+            value.set = LightSet::Ring;
+            value.ringCount = number;
+            return;
+        }
+        for (const Choice<LightSet>& choice : kLightSets)
+        {
+            if (text == QLatin1String(choice.word))
+            {
+                value.set = choice.value;
+                return;
+            }
+        }
+        if (!text.isNull())
+            reject(name, text,
+                   QStringLiteral("one of %1, or a whole number from 1 to %2")
+                       .arg(words(kLightSets, QStringLiteral(", ")))
+                       .arg(kMostLights));
+    }
+
     const QString& error() const
     {
         return _error;
@@ -239,6 +278,20 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("manager"),
          QStringLiteral("How textures reach the shader: %1.").arg(words(kManagers, QStringLiteral(", "))),
          QStringLiteral("how")},
+        {QStringLiteral("shadows"),
+         QStringLiteral("Light the scene with lights that cast shadows, as the built-in scene is.")},
+        {QStringLiteral("no-shadows"), QStringLiteral("Light the scene with one light beside the camera.")},
+        {QStringLiteral("lights"),
+         QStringLiteral("Which lights cast shadows: %1, or that many spots around, 1 to %2.")
+             .arg(words(kLightSets, QStringLiteral(", ")))
+             .arg(kMostLights),
+         QStringLiteral("which")},
+        {QStringLiteral("csm"),
+         QStringLiteral("Shadow maps that the sun has for near and far, 1 to %1; 4 if not given.").arg(kMostCascades),
+         QStringLiteral("count")},
+        {QStringLiteral("shadow-maps"),
+         QStringLiteral("What shadow maps hold: %1.").arg(words(kShadowMapKinds, QStringLiteral(" or "))),
+         QStringLiteral("kind")},
         {QStringLiteral("debug"),
          QStringLiteral("What to draw in place of the scene: %1.").arg(words(kDebugViews, QStringLiteral(", "))),
          QStringLiteral("what")},
@@ -283,12 +336,23 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     reader.read("exposure", -kMostStops, kMostStops, options.exposure);
     reader.read("manager", kManagers, options.settings.manager);
     reader.read("debug", kDebugViews, options.settings.debugView);
+    reader.read("csm", 1, kMostCascades, options.settings.lights.cascades);
+    reader.read("shadow-maps", kShadowMapKinds, options.settings.shadowMaps);
+    reader.readLights("lights", options.settings.lights);
     reader.read("textures", 1, kLargestWall, options.textures);
     reader.read("crowd", 1, kLargestCrowd, options.crowd);
     reader.readText("camera", "a name", options.camera);
     reader.read("frames", 0, kMostFrames, options.frames);
     if (!reader.error().isEmpty())
         return failure(reader.error());
+
+    const bool wantsShadows = parser.isSet(QStringLiteral("shadows")) || parser.isSet(QStringLiteral("csm")) ||
+                              parser.isSet(QStringLiteral("shadow-maps")) || parser.isSet(QStringLiteral("lights")) ||
+                              options.settings.debugView == DebugView::Shadows;
+    if (wantsShadows && parser.isSet(QStringLiteral("no-shadows")))
+        return failure(QStringLiteral("--no-shadows and options of shadows exclude each other"));
+    if (wantsShadows || parser.isSet(QStringLiteral("no-shadows")))
+        options.shadows = wantsShadows;
 
     options.window = parser.isSet(QStringLiteral("window"));
     options.builtIn = parser.isSet(QStringLiteral("builtin"));

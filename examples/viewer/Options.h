@@ -25,6 +25,7 @@ struct Options
     int samples = 0; ///< per pixel; 0: many for a picture, few for a window
     UpAxis upAxis = UpAxis::Y;
     RenderSettings settings;
+    std::optional<bool> shadows; ///< not given: in the built-in scene
     bool builtIn = false;
     int crowd = 0;                       ///< instances of the crowd scene; 0 is no crowd
     QString texturePath;                 ///< a texture file that is shown in place of a scene

@@ -3,6 +3,8 @@
 // command line and carried out by the renderer. The picture is the same by all of them.
 #pragma once
 
+#include "SceneLights.h"
+
 namespace vrkview
 {
 
@@ -37,7 +39,15 @@ enum class ManagerKind
 enum class DebugView
 {
     None,
-    Slots, ///< what the texture manager holds
+    Slots,   ///< what the texture manager holds
+    Shadows, ///< what the layers of the shadow maps hold
+};
+
+/// What the layers of shadow maps hold.
+enum class ShadowMapKind
+{
+    Plain,    ///< depth: shadows with sharp edges
+    Variance, ///< depth and its square, smoothed
 };
 
 struct RenderSettings
@@ -46,6 +56,9 @@ struct RenderSettings
     RecordCarrier recordCarrier = RecordCarrier::UniformBuffer;
     ManagerKind manager = ManagerKind::Sampler;
     DebugView debugView = DebugView::None;
+    bool shadows = false; ///< lights of the scene that cast shadows, in place of one that stays beside the camera
+    ShadowMapKind shadowMaps = ShadowMapKind::Plain;
+    LightSettings lights;
 };
 
 } // namespace vrkview

@@ -356,27 +356,35 @@ void Scene::sort()
 void Scene::draw(ShaderProgram& program, const QMatrix4x4& viewFromScene)
 {
     const AutoEnabler depthTest(GL_DEPTH_TEST);
-    drawPass(program, kOpaque, viewFromScene);
+    drawPass(program, kOpaque, viewFromScene, false);
     if (!_hasTransparency)
         return;
     const AutoEnabler blending(GL_BLEND);
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
     glDepthMask(GL_FALSE);
-    drawPass(program, kTransparent | kByDistance, viewFromScene);
+    drawPass(program, kTransparent | kByDistance, viewFromScene, false);
     glDepthMask(GL_TRUE);
 }
 
-void Scene::drawPass(ShaderProgram& program, quint64 pass, const QMatrix4x4& viewFromScene)
+void Scene::drawOpaque(ShaderProgram& program, bool mirrored)
+{
+    const AutoEnabler depthTest(GL_DEPTH_TEST);
+    drawPass(program, kOpaque, QMatrix4x4(), mirrored);
+}
+
+void Scene::drawPass(ShaderProgram& program, quint64 pass, const QMatrix4x4& viewFromScene, bool mirrored)
 {
     if (!_byBaseInstance)
     {
-        _gpuModel.draw(&program, &_manager, pass, kPassMask, GPUModel::WindingCCW, &viewFromScene, false);
+        _gpuModel.draw(&program, &_manager, pass, kPassMask, mirrored ? GPUModel::WindingCW : GPUModel::WindingCCW,
+                       &viewFromScene, false);
         return;
     }
     _gpuModel.draw(&program, &_manager, pass, kPassMask | kFrontMask); // both sides
     const AutoEnabler culling(GL_CULL_FACE);
+    glFrontFace(mirrored ? GL_CW : GL_CCW);
     _gpuModel.draw(&program, &_manager, pass | kFrontCCW, kPassMask | kFrontMask);
-    glFrontFace(GL_CW);
+    glFrontFace(mirrored ? GL_CCW : GL_CW);
     _gpuModel.draw(&program, &_manager, pass | kFrontCW, kPassMask | kFrontMask);
     glFrontFace(GL_CCW);
 }

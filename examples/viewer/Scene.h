@@ -46,6 +46,10 @@ public:
 
     /// Moves the crowd to where it is at this time; does nothing for another model.
     void animate(double seconds);
+    bool hasMotion() const
+    {
+        return !_motions.empty();
+    }
 
     /// \name The phases of a frame, in this order
     ///@{
@@ -56,6 +60,8 @@ public:
     void sort();
     /// Opaque surfaces, then transparent ones by distance. `program` is bound.
     void draw(Harrow::Vrk::ShaderProgram& program, const QMatrix4x4& viewFromScene);
+    /// Opaque surfaces alone. `mirrored`: the projection turns left and right around, and so the sides of triangles.
+    void drawOpaque(Harrow::Vrk::ShaderProgram& program, bool mirrored);
     void finish();
     ///@}
 
@@ -95,7 +101,7 @@ private:
     void addDrawable(const Model& model, const std::vector<const Instance*>& instances, const MeshOnGpu& onGpu,
                      quint64 flags, Harrow::Vrk::InstanceDataCollection* materials,
                      Harrow::Vrk::InstanceDataCollection* objects);
-    void drawPass(Harrow::Vrk::ShaderProgram& program, quint64 pass, const QMatrix4x4& viewFromScene);
+    void drawPass(Harrow::Vrk::ShaderProgram& program, quint64 pass, const QMatrix4x4& viewFromScene, bool mirrored);
     std::unique_ptr<Harrow::Vrk::DrawBuffers> newDrawBuffers(const MeshOnGpu& mesh, int instances) const;
     void addCameras(const Model& model);
     void addLights(const Model& model);

@@ -4,6 +4,7 @@
 #include "ModelTextures.h"
 #include "Scene.h"
 #include "ScenePlans.h"
+#include "ShadowMaps.h"
 
 #include <VrkGL/Array2DTextureManager.h>
 #include <VrkGL/AutoBinder.h>
@@ -40,6 +41,26 @@ struct FrameBlock
 };
 static_assert(sizeof(FrameBlock) == 96, "std140 packs the block without gaps");
 
+// As std140 lays out u_Lights of Lights.glslh.
+struct LightRecord
+{
+    float place[4];
+    float along[4];
+    float color[4];
+};
+struct LightBlock
+{
+    float ambient[4];
+    LightRecord lights[kMostLights];
+};
+static_assert(sizeof(LightBlock) == 16 + 48 * kMostLights, "std140 packs the block without gaps");
+
+// What is left of the light of sky and ground where lights of the scene shine.
+constexpr float kAmbient = 0.45f;
+
+// How far around a place its shadows are looked up, in the scene's radius.
+constexpr float kShadowRadius = 0.0025f;
+
 /// Of length 1, however small the vector is.
 QVector3D direction(const QVector4D& vector)
 {
@@ -55,11 +76,41 @@ double milliseconds(const QElapsedTimer& timer)
     return double(timer.nsecsElapsed()) * 1.0e-6;
 }
 
-void store(const QVector3D& vector, float (&target)[4])
+void store(const QVector3D& vector, float (&target)[4], float last = 0.0f)
 {
     for (int axis = 0; axis < 3; ++axis)
         target[axis] = vector[axis];
-    target[3] = 0.0f;
+    target[3] = last;
+}
+
+LightRecord recordOf(const SceneLight& light)
+{
+    LightRecord record;
+    store(light.place, record.place, float(light.kind));
+    store(light.along, record.along, std::cos(light.cutoff));
+    store(light.color, record.color, light.reach * light.reach);
+    return record;
+}
+
+/// All that there ever is in the scene's space, whatever moves.
+Bounds boundsIn(const QMatrix4x4& sceneFromModel, const Model& model)
+{
+    float reach = 0.0f;
+    for (const Motion& motion : model.motions)
+        reach = std::max(reach, 2.0f * motion.radius);
+    const QVector3D margin(reach, reach, reach);
+    Bounds bounds;
+    bounds.add(sceneFromModel.map(model.bounds.minimum - margin));
+    bounds.add(sceneFromModel.map(model.bounds.maximum + margin));
+    return bounds;
+}
+
+bool link(ShaderProgram& program, const char* name, QString& error)
+{
+    if (program.link())
+        return true;
+    error = QStringLiteral("the driver rejects the %1 shaders").arg(QLatin1String(name));
+    return false;
 }
 
 } // namespace
@@ -84,7 +135,12 @@ bool SceneRenderer::create(const Model& model, const RenderSettings& settings, Q
     if (!createTextureManager(settings.manager, error))
         return false;
     _textures->setup(&_macroProcessor);
-    if (!buildPrograms(settings.debugView, error))
+    if (settings.shadows)
+    {
+        _macroProcessor.addDefine(QStringLiteral("VRKVIEW_SHADOWS"), QStringLiteral("1"));
+        ShadowMapManager::setup(&_macroProcessor, settings.shadowMaps == ShadowMapKind::Variance ? 1 : 0);
+    }
+    if (!buildPrograms(settings, error))
         return false;
 
     const QSharedPointer<BufferObject> frameBuffer = OpenGLDeviceContext::current()->newBuffer();
@@ -94,18 +150,21 @@ bool SceneRenderer::create(const Model& model, const RenderSettings& settings, Q
     if (settings.manager == ManagerKind::Array2D || settings.manager == ManagerKind::Array2DBindless)
         _textures->bind(textures.tokens()); // places for all before the first draw, or the slots grow with each list
     _scene = std::make_unique<Scene>(model, textures, *_textures, *_plans, _byBaseInstance);
-    return true;
+    return !settings.shadows || createLights(model, settings, error);
 }
 
 void SceneRenderer::destroy()
 {
+    _shadows.reset();
+    _lights.reset();
     _scene.reset();
     _plans.reset();
     if (_textures)
         TextureManager::setInstance(nullptr);
     _textures.reset();
     _frame.reset();
-    _slotsProgram.reset();
+    _debugProgram.reset();
+    _depthProgram.reset();
     _sceneProgram.reset();
     _backgroundProgram.reset();
 }
@@ -160,30 +219,65 @@ SceneRenderer::Program SceneRenderer::newProgram(const QString& vertexName, cons
     return program;
 }
 
-bool SceneRenderer::buildPrograms(DebugView debugView, QString& error)
+/// Whose vertices are the scene's.
+SceneRenderer::Program SceneRenderer::newSceneProgram(const QString& fragmentName)
 {
-    const auto linked = [&error](const Program& program, const char* name)
-    {
-        if (program->link())
-            return true;
-        error = QStringLiteral("the driver rejects the %1 shaders").arg(QLatin1String(name));
-        return false;
-    };
-    _backgroundProgram = newProgram(QStringLiteral("background"), QStringLiteral("background"));
-    _sceneProgram = newProgram(QStringLiteral("scene"), QStringLiteral("scene"));
+    Program program = newProgram(QStringLiteral("scene"), fragmentName);
     // One of the two defines getDrawID(), which one follows from DrawBuffers::setup.
-    _sceneProgram->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.glslc"));
-    _sceneProgram->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.vert"));
-    _sceneProgram->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
-    _sceneProgram->addShader(GL_VERTEX_SHADER, _plans->objectUnit());
-    _sceneProgram->addShader(GL_FRAGMENT_SHADER, _plans->materialUnit());
-    if (!linked(_backgroundProgram, "background") || !linked(_sceneProgram, "scene"))
-        return false;
-    if (debugView != DebugView::Slots)
+    program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.glslc"));
+    program->addShaderFromFile(GL_VERTEX_SHADER, QStringLiteral("VrkUtilities.vert"));
+    program->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
+    program->addShader(GL_VERTEX_SHADER, _plans->objectUnit());
+    program->addShader(GL_FRAGMENT_SHADER, _plans->materialUnit());
+    return program;
+}
+
+bool SceneRenderer::buildPrograms(const RenderSettings& settings, QString& error)
+{
+    _backgroundProgram = newProgram(QStringLiteral("background"), QStringLiteral("background"));
+    _sceneProgram = newSceneProgram(QStringLiteral("scene"));
+    if (settings.shadows)
+    {
+        _sceneProgram->addShaderFromFile(GL_FRAGMENT_SHADER, ShadowMapManager::getShaderFile());
+        _depthProgram = newSceneProgram(QStringLiteral("depth"));
+    }
+    return link(*_backgroundProgram, "background", error) && link(*_sceneProgram, "scene", error) &&
+           (!_depthProgram || link(*_depthProgram, "depth", error)) && buildDebugProgram(settings.debugView, error);
+}
+
+bool SceneRenderer::buildDebugProgram(DebugView debugView, QString& error)
+{
+    _debugView = debugView;
+    if (debugView == DebugView::None)
         return true;
-    _slotsProgram = newProgram(QStringLiteral("background"), QStringLiteral("slots"));
-    _slotsProgram->addShaderFromFile(GL_FRAGMENT_SHADER, _textures->getShaderFile());
-    return linked(_slotsProgram, "slots");
+    const bool isSlots = debugView == DebugView::Slots;
+    _debugProgram =
+        newProgram(QStringLiteral("background"), isSlots ? QStringLiteral("slots") : QStringLiteral("shadows"));
+    _debugProgram->addShaderFromFile(GL_FRAGMENT_SHADER,
+                                     isSlots ? _textures->getShaderFile() : ShadowMapManager::getShaderFile());
+    return link(*_debugProgram, isSlots ? "slots" : "shadow map", error);
+}
+
+bool SceneRenderer::createLights(const Model& model, const RenderSettings& settings, QString& error)
+{
+    const Bounds bounds = boundsIn(_scene->worldFromScene().inverted(), model);
+    const std::vector<SceneLight> lights = makeLights(settings.lights, bounds);
+    _shadowRadius = kShadowRadius * bounds.radius();
+    uploadLights(lights);
+    _shadows = std::make_unique<ShadowMaps>();
+    return _shadows->create(lights, bounds, settings.shadowMaps, error);
+}
+
+void SceneRenderer::uploadLights(const std::vector<SceneLight>& lights)
+{
+    LightBlock block = {};
+    store(QVector3D(kAmbient, kAmbient, kAmbient), block.ambient, float(lights.size()));
+    std::transform(lights.begin(), lights.end(), block.lights, recordOf);
+    const QSharedPointer<BufferObject> buffer = OpenGLDeviceContext::current()->newBuffer();
+    buffer->setTarget(GL_UNIFORM_BUFFER);
+    _lights = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Lights"), buffer);
+    const AutoBinder bound(buffer);
+    buffer->uploadArbitraryData(&block, 1, GL_STATIC_DRAW, sizeof(block));
 }
 
 View SceneRenderer::viewOf(const OrbitCamera& camera, float aspect) const
@@ -213,30 +307,56 @@ void SceneRenderer::animate(double seconds)
 
 void SceneRenderer::draw(const View& view)
 {
-    updateFrame(view);
+    QElapsedTimer timer;
+    timer.start();
+    _scene->update();
+    _stats.update = milliseconds(timer);
+    if (_shadows)
+        drawShadows(view);
+    updateFrame(view.clipFromView * view.viewFromScene, view.viewFromScene);
     glDepthMask(GL_TRUE);
     glClear(GL_DEPTH_BUFFER_BIT);
     drawQuad(*_backgroundProgram);
     drawScene(view); // which fills the slots
-    if (_slotsProgram)
-        drawSlots();
+    if (_debugProgram)
+        drawDebugView();
 }
 
-void SceneRenderer::updateFrame(const View& view)
+void SceneRenderer::updateFrame(const QMatrix4x4& clipFromScene, const QMatrix4x4& viewFromScene)
 {
     FrameBlock block;
-    const QMatrix4x4 clipFromScene = view.clipFromView * view.viewFromScene;
     std::copy_n(clipFromScene.constData(), 16, block.clipFromScene);
-    store(view.viewFromScene.inverted().map(QVector3D()), block.eye);
+    store(viewFromScene.inverted().map(QVector3D()), block.eye, _shadowRadius);
     // Over the viewer's left shoulder, so that every side is well lit when it is looked at.
-    const QVector3D right = direction(view.viewFromScene.row(0));
-    const QVector3D up = direction(view.viewFromScene.row(1));
-    const QVector3D back = direction(view.viewFromScene.row(2));
+    const QVector3D right = direction(viewFromScene.row(0));
+    const QVector3D up = direction(viewFromScene.row(1));
+    const QVector3D back = direction(viewFromScene.row(2));
     store((-0.7f * right + 0.7f * up + 0.55f * back).normalized(), block.toKey);
 
     const QSharedPointer<BufferObject> buffer = _frame->bufferObject();
     const AutoBinder bound(buffer);
     buffer->uploadArbitraryData(&block, 1, GL_DYNAMIC_DRAW, sizeof(block));
+}
+
+/// Renders the layers of the shadow maps that have changed: the scene's depth, as each projection sees it.
+void SceneRenderer::drawShadows(const View& view)
+{
+    QElapsedTimer timer;
+    timer.start();
+    _stats.shadowLayersDrawn = _shadows->update(view.clipFromView, view.viewFromScene, _scene->hasMotion(),
+                                                [&](const QMatrix4x4& clipFromScene, bool mirrored)
+                                                {
+                                                    const AutoBinder programBound(_depthProgram.get());
+                                                    updateFrame(clipFromScene, view.viewFromScene);
+                                                    _frame->bind(_depthProgram.get());
+                                                    _scene->cull(clipFromScene);
+                                                    _scene->sort();
+                                                    _scene->drawOpaque(*_depthProgram, mirrored);
+                                                    _frame->unbind(_depthProgram.get());
+                                                });
+    _stats.shadowLayers = _shadows->layerCount();
+    _stats.shadows = milliseconds(timer);
+    countDraws(); // so that those of the scene begin at 0
 }
 
 void SceneRenderer::drawQuad(ShaderProgram& program)
@@ -249,12 +369,37 @@ void SceneRenderer::drawQuad(ShaderProgram& program)
     quad->draw(&program);
 }
 
-void SceneRenderer::drawSlots()
+void SceneRenderer::drawDebugView()
 {
-    const AutoBinder programBound(_slotsProgram.get());
-    _textures->bind(_slotsProgram.get());
-    drawQuad(*_slotsProgram);
-    _textures->unbind(_slotsProgram.get());
+    const AutoBinder programBound(_debugProgram.get());
+    if (_debugView == DebugView::Slots)
+        _textures->bind(_debugProgram.get());
+    else
+        _shadows->bind(*_debugProgram);
+    drawQuad(*_debugProgram);
+    if (_debugView == DebugView::Slots)
+        _textures->unbind(_debugProgram.get());
+    else
+        _shadows->unbind(*_debugProgram);
+}
+
+void SceneRenderer::bindSceneProgram()
+{
+    _frame->bind(_sceneProgram.get());
+    if (!_shadows)
+        return;
+    _lights->bind(_sceneProgram.get());
+    _shadows->bind(*_sceneProgram);
+}
+
+void SceneRenderer::unbindSceneProgram()
+{
+    if (_shadows)
+    {
+        _shadows->unbind(*_sceneProgram);
+        _lights->unbind(_sceneProgram.get());
+    }
+    _frame->unbind(_sceneProgram.get());
 }
 
 void SceneRenderer::drawScene(const View& view)
@@ -267,13 +412,12 @@ void SceneRenderer::drawScene(const View& view)
         time = milliseconds(timer);
     };
     const AutoBinder programBound(_sceneProgram.get());
-    _frame->bind(_sceneProgram.get());
-    timed(_stats.update, [&] { _scene->update(); });
+    bindSceneProgram();
     timed(_stats.cull, [&] { _stats.culled = _scene->cull(view.clipFromView * view.viewFromScene); });
     timed(_stats.sort, [&] { _scene->sort(); });
     timed(_stats.draw, [&] { _scene->draw(*_sceneProgram, view.viewFromScene); });
     timed(_stats.finish, [&] { _scene->finish(); });
-    _frame->unbind(_sceneProgram.get());
+    unbindSceneProgram();
     countDraws();
 }
 

@@ -28,6 +28,7 @@ namespace vrkview
 
 class Scene;
 class ScenePlans;
+class ShadowMaps;
 
 /// Where a picture is taken from.
 struct View
@@ -73,21 +74,33 @@ private:
     bool chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error);
     bool createTextureManager(ManagerKind kind, QString& error);
     Program newProgram(const QString& vertexName, const QString& fragmentName);
-    bool buildPrograms(DebugView debugView, QString& error);
-    void updateFrame(const View& view);
+    Program newSceneProgram(const QString& fragmentName);
+    bool buildPrograms(const RenderSettings& settings, QString& error);
+    bool buildDebugProgram(DebugView debugView, QString& error);
+    bool createLights(const Model& model, const RenderSettings& settings, QString& error);
+    void uploadLights(const std::vector<SceneLight>& lights);
+    void updateFrame(const QMatrix4x4& clipFromScene, const QMatrix4x4& viewFromScene);
     void drawQuad(Harrow::Vrk::ShaderProgram& program);
-    void drawSlots();
+    void drawDebugView();
+    void drawShadows(const View& view);
     void drawScene(const View& view);
+    void bindSceneProgram();
+    void unbindSceneProgram();
     void countDraws();
 
     Harrow::Vrk::GLSLMacroProcessor _macroProcessor; // programs point at it
     Program _backgroundProgram;
     Program _sceneProgram;
-    Program _slotsProgram; // null unless that is what is drawn
+    Program _depthProgram; // null without shadows
+    Program _debugProgram; // null unless a debug view is what is drawn
+    DebugView _debugView = DebugView::None;
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _frame;
     std::shared_ptr<Harrow::Vrk::TextureManager> _textures; // not shared, but it knows how its kind is deleted
     std::unique_ptr<ScenePlans> _plans;
     std::unique_ptr<Scene> _scene;
+    QSharedPointer<Harrow::Vrk::UniformBufferObject> _lights; // null without shadows, as is the next
+    std::unique_ptr<ShadowMaps> _shadows;
+    float _shadowRadius = 0.0f;
     bool _byBaseInstance = false;
     FrameStats _stats;
 };

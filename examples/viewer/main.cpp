@@ -90,6 +90,8 @@ void chooseModel(Options& options)
             view = chosen->view;
         }
     }
+    const bool isBuiltIn = options.modelPath.isEmpty() && options.crowd == 0 && options.textures == 0;
+    options.settings.shadows = options.shadows.value_or(isBuiltIn);
     options.azimuth = options.azimuth.value_or(view.azimuth);
     options.elevation = options.elevation.value_or(view.elevation);
 }

@@ -67,6 +67,41 @@ TEST(OptionsTest, EveryOptionReachesItsField)
     EXPECT_EQ(parsed.options.frames, 5);
 }
 
+TEST(OptionsTest, ShadowsAreChosenByTheirSwitchesAndByEveryOptionOfThem)
+{
+    EXPECT_FALSE(parse({}).options.shadows.has_value());
+    EXPECT_EQ(parse({"--shadows"}).options.shadows, true);
+    EXPECT_EQ(parse({"--no-shadows"}).options.shadows, false);
+    for (const QStringList& option : {QStringList{"--csm", "2"}, QStringList{"--shadow-maps", "variance"},
+                                      QStringList{"--lights", "sun"}, QStringList{"--debug", "shadows"}})
+    {
+        EXPECT_EQ(parse(option).options.shadows, true) << option[0].toStdString();
+        expectError(option + QStringList{"--no-shadows"}, QStringLiteral("exclude each other"));
+    }
+}
+
+TEST(OptionsTest, LightsAreAWordOrANumber)
+{
+    EXPECT_EQ(parse({}).options.settings.lights.set, LightSet::All);
+    EXPECT_EQ(parse({"--lights", "sun"}).options.settings.lights.set, LightSet::Sun);
+    EXPECT_EQ(parse({"--lights", "spot"}).options.settings.lights.set, LightSet::Spot);
+    EXPECT_EQ(parse({"--lights", "point"}).options.settings.lights.set, LightSet::Point);
+    EXPECT_EQ(parse({"--lights", "33"}).options.settings.lights.set, LightSet::Ring);
+    EXPECT_EQ(parse({"--lights", "33"}).options.settings.lights.ringCount, 33);
+    for (const char* wrong : {"", "0", "65", "moon", "1.5"})
+        expectError({"--lights", wrong},
+                    QStringLiteral("one of all, sun, spot, point, or a whole number from 1 to 64"));
+}
+
+TEST(OptionsTest, CascadesAndMapsAreTaken)
+{
+    EXPECT_EQ(parse({}).options.settings.lights.cascades, 4);
+    EXPECT_EQ(parse({"--csm", "8"}).options.settings.lights.cascades, 8);
+    EXPECT_EQ(parse({"--shadow-maps", "variance"}).options.settings.shadowMaps, ShadowMapKind::Variance);
+    expectError({"--csm", "0"}, QStringLiteral("a whole number from 1 to 8"));
+    expectError({"--shadow-maps", "soft"}, QStringLiteral("one of plain, variance"));
+}
+
 TEST(OptionsTest, CrowdIsTaken)
 {
     EXPECT_EQ(parse({"--crowd", "1"}).options.crowd, 1);
@@ -166,9 +201,10 @@ TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
     const ParsedOptions parsed = parse({"--help"});
     EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
     for (const char* option :
-         {"--output",   "--size",    "--window",  "--builtin", "--azimuth",  "--elevation", "--up",
-          "--samples",  "--draw-id", "--carrier", "--manager", "--textures", "--texture",   "--level",
-          "--exposure", "--debug",   "--crowd",   "--camera",  "--stats",    "--help",      "--version"})
+         {"--output",   "--size",       "--window",  "--builtin", "--azimuth",    "--elevation", "--up",
+          "--samples",  "--draw-id",    "--carrier", "--manager", "--textures",   "--texture",   "--level",
+          "--exposure", "--debug",      "--crowd",   "--camera",  "--stats",      "--help",      "--version",
+          "--shadows",  "--no-shadows", "--lights",  "--csm",     "--shadow-maps"})
         EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
 }

@@ -50,25 +50,83 @@ Vec skyAndGround(const Vec& direction)
     return mix(kGround, kSky, 0.5 + 0.5 * direction.y);
 }
 
-Vec shade(const Surface& surface, const Vec& normal, const Vec& toEye, const Vec& toKey)
-{
-    const double towardsKey = std::max(0.0, dot(normal, toKey));
-    const double grazing = std::pow(1.0 - std::max(0.0, dot(normal, toEye)), 4.0);
+constexpr double kAmbientBesideLights = 0.45;
 
-    const Vec diffuse = (1.0 - surface.metallic) * multiply(surface.color, skyAndGround(normal) + towardsKey * kKey);
+/// What arrives at a place from a light, and the unit vector to it.
+struct Arrival
+{
+    Vec color;
+    Vec toLight;
+};
+
+double smoothstep(double low, double high, double x)
+{
+    const double t = std::clamp((x - low) / (high - low), 0.0, 1.0);
+    return t * t * (3.0 - 2.0 * t);
+}
+
+Arrival arrival(const Light& light, const Vec& place)
+{
+    if (light.kind == Light::Kind::Sun)
+        return {light.color, -1.0 * light.along};
+    const Vec way = light.place - place;
+    const Vec toLight = unit(way);
+    Vec color = std::min(light.reach * light.reach / dot(way, way), 16.0) * light.color;
+    if (light.kind == Light::Kind::Spot)
+    {
+        const double edge = std::cos(light.cutoff);
+        color = smoothstep(edge, edge + 0.2 * (1.0 - edge), -dot(toLight, light.along)) * color;
+    }
+    return {color, toLight};
+}
+
+bool isShadowed(const Light& light, const Vec& place, const Vec& normal, const Vec& toLight, const Shape& shape)
+{
+    if (!light.castsShadow)
+        return false;
+    const std::optional<Hit> hit = shape(place + 1.0e-6 * normal, toLight);
+    return hit && (light.kind == Light::Kind::Sun || hit->distance < length(light.place - place));
+}
+
+/// The light that surfaces get from all sides and from lights.
+struct Lit
+{
+    Vec diffuse;
+    Vec specular;
+};
+
+void addLight(Lit& lit, double sharpness, const Vec& normal, const Vec& toEye, const Arrival& from)
+{
+    const double towards = std::max(0.0, dot(normal, from.toLight));
+    const double highlight =
+        std::pow(std::max(0.0, dot(normal, unit(from.toLight + toEye))), sharpness) * (sharpness / 8.0 + 1.0);
+    lit.diffuse = lit.diffuse + towards * from.color;
+    lit.specular = lit.specular + (towards * highlight) * from.color;
+}
+
+Vec shade(const Surface& surface, const Vec& place, const Vec& normal, const Vec& toEye, const Vec& toKey,
+          const Shape& shape, const std::vector<Light>& lights)
+{
+    const double grazing = std::pow(1.0 - std::max(0.0, dot(normal, toEye)), 4.0);
+    const double sharpness = 2.0 / std::pow(surface.roughness, 4.0);
+    const Vec reflected = 2.0 * dot(normal, toEye) * normal - toEye;
+    const double ambient = lights.empty() ? 1.0 : kAmbientBesideLights;
+    Lit lit = {ambient * skyAndGround(normal), ambient * skyAndGround(reflected)};
+    if (lights.empty())
+        addLight(lit, sharpness, normal, toEye, {kKey, toKey});
+    for (const Light& light : lights)
+    {
+        const Arrival from = arrival(light, place);
+        if (dot(normal, from.toLight) > 0.0 && !isShadowed(light, place, normal, from.toLight, shape))
+            addLight(lit, sharpness, normal, toEye, from);
+    }
 
     const Vec straight = mix({0.04, 0.04, 0.04}, surface.color, surface.metallic);
     const double smooth = 1.0 - surface.roughness;
     const Vec edge = {std::max(smooth, straight.x), std::max(smooth, straight.y), std::max(smooth, straight.z)};
     const Vec mirrored = mix(straight, edge, grazing);
-
-    const double sharpness = 2.0 / std::pow(surface.roughness, 4.0);
-    const double highlight =
-        std::pow(std::max(0.0, dot(normal, unit(toKey + toEye))), sharpness) * (sharpness / 8.0 + 1.0);
-    const Vec reflected = 2.0 * dot(normal, toEye) * normal - toEye;
-    const Vec specular = multiply(mirrored, skyAndGround(reflected) + (towardsKey * highlight) * kKey);
-
-    return diffuse + specular + (grazing * (0.5 + 0.5 * normal.y)) * kRim;
+    return (1.0 - surface.metallic) * multiply(surface.color, lit.diffuse) + multiply(mirrored, lit.specular) +
+           (ambient * grazing * (0.5 + 0.5 * normal.y)) * kRim;
 }
 
 } // namespace
@@ -145,7 +203,7 @@ Vec backgroundValue(double u, double v)
 }
 
 std::vector<Pixel> draw(const QSize& size, int samplesPerSide, const Camera& camera, const Shape& shape,
-                        const Surface& surface)
+                        const Surface& surface, const std::vector<Light>& lights)
 {
     const Vec toKey = unit(-0.7 * camera.right + 0.7 * camera.up + 0.55 * camera.back);
     std::vector<Pixel> pixels;
@@ -164,8 +222,9 @@ std::vector<Pixel> draw(const QSize& size, int samplesPerSide, const Camera& cam
                 const Vec direction = unit((2.0 * u - 1.0) * camera.tangentX * camera.right +
                                            (2.0 * v - 1.0) * camera.tangentY * camera.up - camera.back);
                 const std::optional<Hit> hit = shape(camera.eye, direction);
-                const Vec value =
-                    hit ? displayed(shade(surface, hit->normal, -1.0 * direction, toKey)) : backgroundValue(u, v);
+                const Vec value = hit ? displayed(shade(surface, camera.eye + hit->distance * direction, hit->normal,
+                                                        -1.0 * direction, toKey, shape, lights))
+                                      : backgroundValue(u, v);
                 pixel.hits += hit ? 1 : 0;
                 pixel.value = pixel.value + value;
                 lowest = {std::min(lowest.x, value.x), std::min(lowest.y, value.y), std::min(lowest.z, value.z)};
@@ -182,6 +241,7 @@ std::vector<Pixel> draw(const QSize& size, int samplesPerSide, const Camera& cam
 
 Comparison compare(const QImage& picture, const std::vector<Pixel>& expected)
 {
+    constexpr double kWrong = 8.0;
     constexpr double kAlike = 4.0; // samples of a pixel that no edge crosses differ by less
     Comparison comparison;
     for (int y = 0; y < picture.height(); ++y)
@@ -194,6 +254,7 @@ Comparison compare(const QImage& picture, const std::vector<Pixel>& expected)
                                     std::abs(qBlue(rgb) - pixel.value.z)};
             const bool inside = pixel.spread < kAlike;
             comparison.inside += inside ? 1 : 0;
+            comparison.wrongInside += inside && std::max({steps[0], steps[1], steps[2]}) > kWrong ? 1 : 0;
             for (const double step : steps)
             {
                 comparison.largest = std::max(comparison.largest, step);

@@ -70,9 +70,28 @@ struct Pixel
     double spread = 0; ///< largest difference of two samples, in steps of 255
 };
 
+/// A light of the scene; with any of them the one beside the camera is out.
+struct Light
+{
+    enum class Kind
+    {
+        Sun,
+        Spot,
+        Point
+    };
+
+    Kind kind = Kind::Sun;
+    Vec place;
+    Vec along;           ///< unit vector, the way it shines
+    Vec color;           ///< at `reach`; of a sun, anywhere
+    double cutoff = 0.0; ///< half the angle of the cone, in radians
+    double reach = 1.0;
+    bool castsShadow = true;
+};
+
 /// A picture of `size` by `samplesPerSide` squared samples a pixel, row by row from the top.
 std::vector<Pixel> draw(const QSize& size, int samplesPerSide, const Camera& camera, const Shape& shape,
-                        const Surface& surface);
+                        const Surface& surface, const std::vector<Light>& lights = {});
 
 /// Of a picture and what it should be: over pixels whose samples are alike, and over all.
 struct Comparison
@@ -82,6 +101,7 @@ struct Comparison
     double largest = 0.0;
     double mean = 0.0;
     int inside = 0;
+    int wrongInside = 0; ///< by more than a shadow's edge costs where it is soft
 };
 Comparison compare(const QImage& picture, const std::vector<Pixel>& expected);
 

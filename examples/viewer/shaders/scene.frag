@@ -5,23 +5,19 @@
 #include "TextureManager.glslh"
 #include "Frame.glslh"
 #include "Output.glslh"
+#include "DrawId.glslh"
 #instancedata "Material"
+#include "Picture.glslh"
+#ifdef VRKVIEW_SHADOWS
+#include "Lights.glslh"
+#include "ShadowMapManager.glslh"
+#endif
 
 in vec3 vo_Position;
 in vec3 vo_Normal;
 in vec2 vo_TexCoord;
 
 out vec4 o_Color;
-
-#ifdef DRAW_BUFFER_USE_BASE_INSTANCE
-// Only the vertex stage sees the base instance.
-flat in uint vo_DrawID;
-
-uint getDrawID(void)
-{
-    return vo_DrawID;
-}
-#endif
 
 // Light, already divided by pi: a white surface facing light of 1 shows 1.
 const vec3 kSky = vec3(0.40, 0.45, 0.53);
@@ -45,79 +41,103 @@ vec3 facingNormal(vec3 toEye)
     return normalize(dot(normal, plane) < 0.0 ? -normal : normal);
 }
 
-// The numbers of ImageKind in Model.h.
-const uint kCube = 1u;
-const uint kTiles = 3u;
-
-// The smallest level that pictures from files have.
-const float kLastLevel = 4.0;
-
-// Where a picture that ends at 0 and 1 is to be looked at. Mirrored by Wrap in Model.h.
-float wrapped(float place, uint wrap)
+// What the light of all directions does: of what it lights, and of what it mirrors.
+struct Lit
 {
-    if (wrap == 0u)
-        return fract(place);
-    if (wrap == 1u)
-        return 1.0 - abs(mod(place, 2.0) - 1.0);
-    return place;
+    vec3 diffuse;
+    vec3 specular;
+};
+
+struct Reflection
+{
+    vec3 normal;
+    vec3 toEye;
+    vec3 mirrored;      // the share of light that is mirrored
+    float sharpness;    // of a highlight
+};
+
+void addLight(inout Lit lit, Reflection surface, vec3 color, vec3 toLight)
+{
+    float towards = max(dot(surface.normal, toLight), 0.0);
+    vec3 between = normalize(toLight + surface.toEye);
+    float highlight =
+        pow(max(dot(surface.normal, between), 0.0), surface.sharpness) * (0.125 * surface.sharpness + 1.0);
+    lit.diffuse += color * towards;
+    lit.specular += color * (towards * highlight);
 }
 
-// The level at which a picture of this size in texels is to be looked at. It comes from the coordinate before that is
-// wrapped, which jumps.
-float levelFor(vec2 size)
+#ifdef VRKVIEW_SHADOWS
+
+// Places around, on rings: the first few, and then the others.
+const int kOuterTaps = 4;
+const int kInnerTaps = 4;
+
+// Looked up at several places around, so that edges are soft. Where the outer places agree it is no edge.
+float visibilityOf(uint light, vec3 normal, vec3 toLight, float radius)
 {
-    vec2 across = dFdx(vo_TexCoord) * size;
-    vec2 upwards = dFdy(vo_TexCoord) * size;
-    return min(0.5 * log2(max(max(dot(across, across), dot(upwards, upwards)), 1.0)), kLastLevel);
+    vec3 across = radius * normalize(cross(toLight, abs(toLight.y) < 0.9 ? vec3(0.0, 1.0, 0.0) : vec3(1.0, 0.0, 0.0)));
+    vec3 upwards = cross(toLight, across);
+    vec3 place = vo_Position + normal * radius;
+    float visibility = 0.0;
+    for (int tap = 0; tap < kOuterTaps + kInnerTaps; ++tap)
+    {
+        if (tap == kOuterTaps && (visibility == 0.0 || visibility == float(kOuterTaps)))
+            return visibility / float(kOuterTaps);
+        float angle = 1.57079633 * float(tap) + (tap < kOuterTaps ? 0.0 : 0.78539816);
+        float reach = tap < kOuterTaps ? 1.0 : 0.5;
+        visibility += shadowMapGetVisibility(light, place + reach * (cos(angle) * across + sin(angle) * upwards));
+    }
+    return visibility / float(kOuterTaps + kInnerTaps);
 }
 
-// Where a place on a globe is seen from its middle; x goes once around, y from pole to pole.
-vec3 onGlobe(vec2 place)
+void addLights(inout Lit lit, Reflection surface)
 {
-    vec2 angle = (place - 0.5) * vec2(6.28318531, 3.14159265);
-    return vec3(cos(angle.y) * sin(angle.x), sin(angle.y), cos(angle.y) * cos(angle.x));
+    for (uint i = 0u; i < uint(u_Ambient.w); ++i)
+    {
+        vec3 toLight;
+        vec3 color = lightAt(u_LightList[i], vo_Position, toLight);
+        if (dot(surface.normal, toLight) > 0.0 && max(color.r, max(color.g, color.b)) > 0.0)
+            addLight(lit, surface, color * visibilityOf(i, surface.normal, toLight, u_Eye.w), toLight);
+    }
 }
 
-// The picture at the surface, in linear light.
-vec4 pictured()
-{
-    VrkTextureToken image = getColorMap();
-    uvec4 picture = getPicture();    // wrapping of x and y, kind, width of a tile
-    if (picture.z == kTiles)
-        return managedTextureLod(image, vo_TexCoord, levelFor(vec2(float(picture.w))));
-    if (picture.z == kCube)
-        return managedTextureCubeLod(image, onGlobe(vo_TexCoord), levelFor(4.0 * managedTextureCubeSize(image)));
-    vec2 place = vec2(wrapped(vo_TexCoord.x, picture.x), wrapped(vo_TexCoord.y, picture.y));
-    return managedTextureLod(image, place, levelFor(managedTextureSize(image)));
-}
+#endif // VRKVIEW_SHADOWS
 
 void main()
 {
-    vec4 surface = getSurface();    // roughness, metallic, alpha below which there is a hole, 1 where it is blended
-    vec4 picture = pictured();
-    if (picture.a < surface.z)
+    vec4 material = getSurface();    // roughness, metallic, alpha below which there is a hole, 1 where it is blended
+    vec4 picture = pictured(vo_TexCoord);
+    if (picture.a < material.z)
         discard;
     vec4 color = getBaseColor() * picture;
     vec3 baseColor = color.rgb;
     vec3 toEye = normalize(u_Eye.xyz - vo_Position);
     vec3 normal = facingNormal(toEye);
-    float roughness = max(surface.x, 0.08);
-    float metallic = surface.y;
+    float roughness = max(material.x, 0.08);
+    float metallic = material.y;
 
     float towardsEye = max(dot(normal, toEye), 0.0);
-    float towardsKey = max(dot(normal, u_ToKey.xyz), 0.0);
     float grazing = pow(1.0 - towardsEye, 4.0);
 
-    vec3 diffuse = baseColor * (1.0 - metallic) * (skyAndGround(normal) + kKey * towardsKey);
+    Reflection surface;
+    surface.normal = normal;
+    surface.toEye = toEye;
+    surface.mirrored = mix(vec3(0.04), baseColor, metallic);
+    surface.mirrored += (max(vec3(1.0 - roughness), surface.mirrored) - surface.mirrored) * grazing;
+    surface.sharpness = 2.0 / (roughness * roughness * roughness * roughness);
 
-    // What mirrors: the key light as a highlight whose size follows the roughness, and sky and ground around.
-    vec3 mirrored = mix(vec3(0.04), baseColor, metallic);
-    mirrored += (max(vec3(1.0 - roughness), mirrored) - mirrored) * grazing;
-    float sharpness = 2.0 / (roughness * roughness * roughness * roughness);
-    float highlight = pow(max(dot(normal, normalize(u_ToKey.xyz + toEye)), 0.0), sharpness) * (0.125 * sharpness + 1.0);
-    vec3 specular = mirrored * (skyAndGround(reflect(-toEye, normal)) + kKey * towardsKey * highlight);
-
+    // Sky and ground around, and a rim; then lights, whose highlights have a size that follows the roughness.
+    Lit lit = Lit(skyAndGround(normal), skyAndGround(reflect(-toEye, normal)));
     vec3 rim = kRim * grazing * (0.5 * normal.y + 0.5);
+#ifdef VRKVIEW_SHADOWS
+    lit.diffuse *= u_Ambient.rgb;
+    lit.specular *= u_Ambient.rgb;
+    rim *= u_Ambient.rgb;
+    addLights(lit, surface);
+#else
+    addLight(lit, surface, kKey, u_ToKey.xyz);
+#endif
+    vec3 light = baseColor * (1.0 - metallic) * lit.diffuse + surface.mirrored * lit.specular + rim;
 
-    o_Color = vec4(displayed(diffuse + specular + rim).rgb, mix(1.0, color.a, surface.w));
+    o_Color = vec4(displayed(light).rgb, mix(1.0, color.a, material.w));
 }

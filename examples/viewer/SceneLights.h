@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// The lights that stand in a scene, as plain data in the model's space. They are used where shadows are on; without
+// shadows one light stays beside the camera.
+#pragma once
+
+#include "Model.h"
+
+#include <QVector3D>
+
+#include <vector>
+
+namespace vrkview
+{
+
+/// As many as the shader has room for; more than can cast shadows.
+constexpr int kMostLights = 64;
+constexpr int kMostCascades = 8;
+
+struct SceneLight
+{
+    enum class Kind
+    {
+        Sun, ///< parallel rays
+        Spot,
+        Point,
+    };
+
+    Kind kind = Kind::Sun;
+    QVector3D place;                    ///< of a sun: somewhere within what it shines on
+    QVector3D along{0.0f, -1.0f, 0.0f}; ///< unit vector, the way it shines; of no meaning for a point
+    QVector3D color{1.0f, 1.0f, 1.0f};  ///< linear, what reaches a surface at `reach`; of a sun, anywhere
+    float cutoff = 0.0f;                ///< half the angle of a spot's cone, in radians
+    float reach = 1.0f;                 ///< the distance at which `color` arrives; nearer is brighter, farther darker
+    int cascades = 0;                   ///< of a sun: parts of what the camera sees, each with a map of its own
+};
+
+/// Which of them shine.
+enum class LightSet
+{
+    All, ///< a sun, a spot and a point
+    Sun,
+    Spot,
+    Point,
+    Ring, ///< any number of spots around, one beside the other
+};
+
+struct LightSettings
+{
+    LightSet set = LightSet::All;
+    int ringCount = 0;
+    int cascades = 4;
+};
+
+/// Around `bounds`, which must not be empty.
+std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& bounds);
+
+} // namespace vrkview
