@@ -13,7 +13,6 @@
 
 #include <cmath>
 #include <limits>
-#include <set>
 
 namespace Harrow::Vrk::Test
 {
@@ -28,12 +27,6 @@ constexpr float kThreeQuarters = 2.3561945f;
 
 const SceneBox kScene{{-4, -3, -5}, {4, 3, 5}};
 
-/// Looks along -z from 20, so that depth is 20 - z; the scene is from 15 to 25 away.
-CameraPose frontCamera(float near = 1.0f, float far = 40.0f)
-{
-    return cameraAt({0, 0, 20}, {0, 0, 0}, 90.0f, near, far);
-}
-
 int projections(const CameraPose* camera, const SceneBox* scene, Light& light)
 {
     ShadowMapManagerCulling culling = cullingOf(camera, scene);
@@ -43,24 +36,9 @@ int projections(const CameraPose* camera, const SceneBox* scene, Light& light)
     return p.info.count;
 }
 
-/// All finite, and each place of the scene within -1 to 1 across and not behind the far side.
-void expectCovers(const RenderData& data, int first, int count, const std::vector<Vec>& points)
-{
-    for (const Vec& p : points)
-    {
-        bool covered = false;
-        for (int i = first; i < first + count; ++i)
-        {
-            const Clip c = mapped(mat(data.transforms[i].toMatrix()), p);
-            covered |= c.w > 0 && std::fabs(c.x) <= c.w && std::fabs(c.y) <= c.w && c.z <= c.w * 1.00001;
-        }
-        EXPECT_TRUE(covered) << p.x << ", " << p.y << ", " << p.z;
-    }
-}
-
 } // namespace
 
-// ---- cameras -------------------------------------------------------------------------------------------------------
+// ---- scenes --------------------------------------------------------------------------------------------------------
 
 TEST(ShadowMapManagerCullingTest, HasNothingAtTheStart)
 {
@@ -70,104 +48,6 @@ TEST(ShadowMapManagerCullingTest, HasNothingAtTheStart)
     EXPECT_FALSE(Access::ready(culling));
     EXPECT_TRUE(Access::visiblePoints(culling).isEmpty());
 }
-
-TEST(ShadowMapManagerCullingTest, ACameraNeedsBothMatrices)
-{
-    const CameraPose camera = frontCamera();
-    ShadowMapManagerCulling culling;
-    const LogCapture log;
-    EXPECT_FALSE(culling.setupCameras(nullptr, nullptr));
-    EXPECT_FALSE(culling.setupCameras(&camera.projection, nullptr));
-    EXPECT_FALSE(culling.setupCameras(nullptr, &camera.view));
-    EXPECT_FALSE(Access::hasCamera(culling));
-    EXPECT_TRUE(culling.setupCameras(&camera.projection, &camera.view));
-    EXPECT_TRUE(Access::hasCamera(culling));
-    EXPECT_EQ(log.texts(), QStringList());
-}
-
-TEST(ShadowMapManagerCullingTest, TheFrustumHasItsCornersInOrder)
-{
-    const CameraPose camera = frontCamera(1, 10); // a right angle wide, so as wide as deep on each side
-    ShadowMapManagerCulling culling;
-    ASSERT_TRUE(culling.setupCameras(&camera.projection, &camera.view));
-    const QList<QVector3D>& points = Access::frustumPoints(culling);
-    ASSERT_EQ(points.size(), 8);
-    for (int i = 0; i < 8; ++i)
-    {
-        const float depth = i & 4 ? 10.0f : 1.0f;
-        const QVector3D expected(i & 1 ? depth : -depth, i & 2 ? depth : -depth, 20.0f - depth);
-        EXPECT_LT((points[i] - expected).length(), 1e-4f) << i;
-    }
-}
-
-TEST(ShadowMapManagerCullingTest, TheFrustumHasItsPlanesInOrderAndOutward)
-{
-    Random random(920);
-    for (int i = 0; i < 500; ++i)
-    {
-        const CameraPose camera = randomCamera(random, 20);
-        ShadowMapManagerCulling culling;
-        ASSERT_TRUE(culling.setupCameras(&camera.projection, &camera.view));
-        const QList<Plane>& planes = Access::frustumPlanes(culling);
-        ASSERT_EQ(planes.size(), 6);
-        // In the order of the volume: near, far, lower x, upper x, lower y, upper y.
-        const Volume volume = frustumVolume(camera.clipFromWorld());
-        const int kOf[6] = {0, 1, 2, 3, 5, 4};
-        for (int plane = 0; plane < 6; ++plane)
-        {
-            const HalfSpace& expected = volume[std::size_t(kOf[plane])];
-            EXPECT_NEAR(dot(vec(planes[plane].normal), expected.n), 1.0, 1e-4) << plane;
-            EXPECT_NEAR(planes[plane].distance, expected.d, 5e-3) << plane;
-        }
-    }
-}
-
-TEST(ShadowMapManagerCullingTest, ANearPlaneCloseToTheEyeIsStillAPlane)
-{
-    for (const float near : {0.01f, 0.001f, 0.0001f})
-    {
-        const CameraPose camera = cameraAt({0, 0, 1}, {0, 0, 0}, 30.0f, near, 40.0f);
-        ShadowMapManagerCulling culling;
-        const LogCapture log;
-        ASSERT_TRUE(culling.setupCameras(&camera.projection, &camera.view)) << near;
-        EXPECT_EQ(log.texts(), QStringList());
-        const Plane plane = Access::frustumPlanes(culling)[0];
-        EXPECT_GT(plane.normal.z(), 0.99f) << near;
-        EXPECT_NEAR(plane.distance, 1.0f - near, 1e-3f) << near;
-    }
-}
-
-TEST(ShadowMapManagerCullingTest, ACameraWithoutVolumeOrEndIsReported)
-{
-    const CameraPose good = frontCamera();
-    QMatrix4x4 endless = good.projection;
-    endless(2, 2) = -1.0f;
-    endless(2, 3) = -2.0f;
-    QMatrix4x4 flat = good.projection;
-    flat.scale(1, 0, 1);
-    QMatrix4x4 wrong = good.projection;
-    wrong(0, 0) = kNaN;
-    for (const QMatrix4x4& projection : {endless, wrong})
-    {
-        ShadowMapManagerCulling culling;
-        const LogCapture log;
-        EXPECT_FALSE(culling.setupCameras(&projection, &good.view));
-        EXPECT_EQ(log.messages(QtCriticalMsg),
-                  QStringList(assertionLine(QStringLiteral("isFrustum(points, planes)"),
-                                            QStringLiteral("Camera has a frustum without volume or without end"))));
-        EXPECT_FALSE(Access::hasCamera(culling));
-        culling.setupScene(&kScene);
-        EXPECT_TRUE(culling.setupPost()) << "the scene as a whole";
-        EXPECT_EQ(Access::visiblePoints(culling), Access::scenePoints(culling));
-    }
-    // One that cannot be inverted counts as identity, for a frustum of the cube from -1 to 1 before the eye.
-    ShadowMapManagerCulling culling;
-    EXPECT_TRUE(culling.setupCameras(&flat, &good.view));
-    for (const QVector3D& point : Access::frustumPoints(culling))
-        EXPECT_LT((point - QVector3D(0, 0, 20)).length(), 1.8f);
-}
-
-// ---- scenes --------------------------------------------------------------------------------------------------------
 
 TEST(ShadowMapManagerCullingTest, ASceneIsTheEightCornersOfItsBox)
 {
@@ -386,20 +266,6 @@ TEST(ShadowMapManagerCullingTest, OfTwoLevelsTheFirstHasAQuarterOfTheRange)
     }
 }
 
-TEST(ShadowMapManagerCullingTest, TheCornersOfAFrustumsPlanesAreItsCorners)
-{
-    Random random(34);
-    for (int i = 0; i < 200; ++i)
-    {
-        const CameraPose camera = randomCamera(random, 10);
-        const QList<QVector3D> corners = frustumCorners(camera.projection, camera.view);
-        const QList<QVector3D> found = cornersFromFrustumPlanes(frustumPlanes(corners));
-        ASSERT_EQ(found.size(), 8);
-        for (int corner = 0; corner < 8; ++corner)
-            EXPECT_LT((found[corner] - corners[corner]).length(), 0.02f) << corner;
-    }
-}
-
 TEST(ShadowMapManagerCullingTest, WithoutCascadesALevelIsAllThatIsVisible)
 {
     const CameraPose camera = frontCamera();
@@ -546,6 +412,32 @@ TEST(ShadowMapManagerCullingTest, CastersOutOfViewAreKept)
     EXPECT_GT(seen.boxLowerBounds().x(), 2.0f);
     EXPECT_LT(Bounds(casters).boxLowerBounds().x(), -3.8f);
     EXPECT_NEAR(Bounds(casters).boxUpperBounds().x(), 4.0f, 1e-5f);
+}
+
+TEST(ShadowMapManagerCullingTest, WhatIsKeptForALightIsWhatItWouldBeAnew)
+{
+    const CameraPose camera = frontCamera();
+    const Plane plane(QVector3D(0.6f, 0.8f, 0), 0.5f);
+    for (const CameraPose* const eye : {&camera, static_cast<const CameraPose*>(nullptr)})
+    {
+        const ShadowMapManagerCulling culling = cullingOf(eye, &kScene);
+        const auto light = lightOf(Light::ePoint, placedAt(0.5f, 0.25f, 1), 3);
+        Access::CSM kept = Access::csm(culling, *light);
+        Random random(45);
+        for (int i = 0; i < 300; ++i)
+        {
+            const QMatrix4x4 side = light->transform() * pointLightSide(random.below(6));
+            const int level = random.below(kept.levels);
+            const float cutoff = random.below(2) ? -1.0f : 0.5f;
+            const QList<Plane> extra = random.below(3) ? QList<Plane>() : QList<Plane>{plane};
+            Access::CSM fresh = Access::csm(culling, *light);
+            QList<QVector3D> keptCasters;
+            QList<QVector3D> freshCasters;
+            const QList<QVector3D> found = Access::litPoints(culling, level, kept, side, cutoff, extra, keptCasters);
+            EXPECT_TRUE(sameBits(found, Access::litPoints(culling, level, fresh, side, cutoff, extra, freshCasters)));
+            EXPECT_TRUE(sameBits(keptCasters, freshCasters));
+        }
+    }
 }
 
 TEST(ShadowMapManagerCullingTest, WithoutACameraTheWholeSceneIsCovered)

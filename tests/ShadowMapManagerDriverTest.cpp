@@ -8,6 +8,7 @@
 #include "ShaderProgram.h"
 #include "ShadowMapTestTools.h"
 #include "TextureTestTools.h"
+#include "support/HeapCount.h"
 
 #include <QRegularExpression>
 #include <QSharedPointer>
@@ -119,6 +120,20 @@ TEST_F(ShadowMapManagerDriverTest, BindIsOneTextureAndTwoArrays)
     const CallLog calls;
     EXPECT_TRUE(ShadowMapManager::bind(program.get(), variant()));
     EXPECT_EQ(calls.list(), bindingTexture() + settingUniforms(0.1f));
+}
+
+TEST_F(ShadowMapManagerDriverTest, AWarmBindAllocatesNothing)
+{
+    const QVariant bound = variant();
+    const auto bindAndUnbind = [&]
+    { return ShadowMapManager::bind(program.get(), bound) && ShadowMapManager::unbind(program.get(), bound); };
+    givenInfos.reserve(64);
+    givenTransforms.reserve(32 * 16);
+    ASSERT_TRUE(bindAndUnbind());
+    const HeapCount count;
+    const bool done = bindAndUnbind();
+    EXPECT_EQ(count.soFar(), 0);
+    EXPECT_TRUE(done);
 }
 
 TEST_F(ShadowMapManagerDriverTest, LocationsAreAskedForOnceAndInTheirOrder)

@@ -1,17 +1,32 @@
 // SPDX-License-Identifier: MIT
 //
-// Fitting at its limits: where projections are written, full lists, points without extent, and input that is none.
+// Fitting at its limits: where projections are written, full lists, points without extent, what the heap gives, and
+// input that is none.
 
 #include "ShadowMapManagerCulling.h"
 
 #include "ShadowMapFitting.h"
 #include "ShadowMapTestTools.h"
+#include "support/HeapCount.h"
 #include "support/LogCapture.h"
+
+#include <QVector4D>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+// Not every compiler comes with the header that declares this.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#elif defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 namespace Harrow::Vrk::Test
 {
@@ -26,7 +41,7 @@ const SceneBox kScene{{-4, -3, -5}, {4, 3, 5}};
 
 QString noRoom(int count)
 {
-    return assertionLine(QStringLiteral("index >= 0 && index < data.transforms.size()"),
+    return assertionLine(QStringLiteral("index >= 0 && index < room"),
                          QStringLiteral("No room for projection %1 of a light among 32").arg(count));
 }
 
@@ -35,6 +50,22 @@ QString noExtent(int count)
     return assertionLine(QStringLiteral("isFinite(matrix)"),
                          QStringLiteral("Projection %1 of a light is fitted to points without extent").arg(count));
 }
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VRK_TEST_BYTES_IN_USE
+std::size_t bytesInUse()
+{
+    return __sanitizer_get_current_allocated_bytes();
+}
+#elif defined(__GLIBC__)
+#if __GLIBC_PREREQ(2, 33)
+#define VRK_TEST_BYTES_IN_USE
+std::size_t bytesInUse()
+{
+    return mallinfo2().uordblks;
+}
+#endif
+#endif
 
 /// Nothing that is not a number, and nothing infinite, is ever stored.
 void expectFinite(const RenderData& data)
@@ -182,6 +213,51 @@ TEST(ShadowMapManagerLimitsTest, ShorterListsAreNotOverrun)
     EXPECT_EQ(data.transformCount, 0);
 }
 
+TEST(ShadowMapManagerLimitsTest, FewerBlursThanTransformsAreRoomForSoMany)
+{
+    const QString noBlur = assertionLine(QStringLiteral("projectorIndex < _data.blurInfos.size()"),
+                                         QStringLiteral("No room for the blur of shadow projection 2 among 2"));
+    for (const Light::Type type : {Light::ePoint, Light::eSpot, Light::eDirectional})
+    {
+        for (const SceneBox* const scene : {&kScene, static_cast<const SceneBox*>(nullptr)})
+        {
+            RenderData data;
+            data.blurInfos.resize(2);
+            std::vector<std::unique_ptr<Light>> lights;
+            std::vector<Light*> plain;
+            for (int i = 0; i < 3; ++i)
+            {
+                lights.push_back(lightOf(type, shiningAlong({1, -2, float(i)}), 0, type == Light::eSpot ? 0.5f : -1));
+                plain.push_back(lights.back().get());
+            }
+            const LogCapture log;
+            EXPECT_TRUE(ShadowMapManager::processLights(listOf(plain), data, nullptr, nullptr, scene));
+            const bool isFitted = scene && type != Light::eSpot;
+            for (const QString& message : log.messages())
+                EXPECT_TRUE(message == noBlur ||
+                            (isFitted && message.contains(QStringLiteral("No room for projection"))))
+                    << message.toStdString();
+            EXPECT_EQ(log.messages(QtCriticalMsg).size(), type == Light::ePoint ? 3 : 1) << "once for each light";
+            EXPECT_EQ(data.transformCount, 2);
+            EXPECT_EQ(data.projectorInfos[2].count, 0);
+            for (int i = 0; i < 32; ++i)
+                EXPECT_EQ(data.transforms[i] == RenderData().transforms[i].toMatrix(), i >= 2) << i;
+        }
+    }
+}
+
+TEST(ShadowMapManagerLimitsTest, ListsOfOtherSizesThatSufficeAreNotReported)
+{
+    RenderData data;
+    data.transforms.resize(40);
+    data.blurInfos.resize(3);
+    const auto light = lightOf(Light::eDirectional, shiningAlong({1, -2, 1}));
+    const LogCapture log;
+    EXPECT_TRUE(ShadowMapManager::processLights(listOf({light.get(), light.get(), light.get()}), data));
+    EXPECT_TRUE(ShadowMapManager::processLights(listOf({light.get()}), data, nullptr, nullptr, &kScene));
+    EXPECT_EQ(log.texts(), QStringList());
+}
+
 TEST(ShadowMapManagerLimitsTest, ANullLightIsReported)
 {
     ShadowMapManagerCulling culling = cullingOf(nullptr, &kScene);
@@ -262,6 +338,26 @@ TEST(ShadowMapManagerLimitsTest, PointsBehindOrAtTheLightGiveNoProjection)
     EXPECT_FALSE(fitPointShadow(line, {}, QMatrix4x4()));
 }
 
+TEST(ShadowMapManagerLimitsTest, PointsThatAllProjectBehindGiveNoProjection)
+{
+    // Depth counts with the division by w, the place in the map only where w is above 0. With a w of -1 all around,
+    // what is ahead by the one is behind by the other.
+    QMatrix4x4 worldFromSide;
+    worldFromSide(3, 3) = -1.0f;
+    const QList<QVector3D> points = {{-1, -1, 3}, {1, -1, 3}, {1, 1, 4}, {-1, 1, 5}};
+    const QMatrix4x4 inverse = worldFromSide.inverted();
+    for (const QVector3D& point : points)
+    {
+        ASSERT_LT(inverse.map(point).z(), -2.9f) << "ahead";
+        ASSERT_GT(inverse.map(QVector4D(point, 1.0f)).z(), 2.9f) << "behind, so that w is below 0";
+    }
+    EXPECT_FALSE(fitPointShadow(points, points, worldFromSide));
+    QList<QVector3D> mirrored = points;
+    for (QVector3D& point : mirrored)
+        point = -point;
+    EXPECT_TRUE(fitPointShadow(mirrored, mirrored, QMatrix4x4())) << "nothing else is wrong with them";
+}
+
 TEST(ShadowMapManagerLimitsTest, ReceiversBeforeTheCastersGiveNoProjection)
 {
     const QList<QVector3D> receivers = {{-1, -1, -3}, {1, -1, -3}, {1, 1, -4}};
@@ -269,6 +365,107 @@ TEST(ShadowMapManagerLimitsTest, ReceiversBeforeTheCastersGiveNoProjection)
     EXPECT_FALSE(fitPointShadow(receivers, {{0, 0, -4.0f}}, QMatrix4x4())) << "as near as the farthest receiver";
     EXPECT_FALSE(fitPointShadow(receivers, {{0, 0, -5.0f}}, QMatrix4x4()));
 }
+
+// ---- the heap ------------------------------------------------------------------------------------------------------
+
+/// A round of lights under a camera that turns.
+class Frames
+{
+public:
+    Frames()
+    {
+        for (int i = 0; i < 4; ++i)
+        {
+            _lights.push_back(lightOf(Light::eDirectional, shiningAlong({1, -2, 0.25f * float(i)}), i == 0 ? 4 : 0));
+            _lights.push_back(lightOf(Light::ePoint, placedAt(float(i), 1, 0.5f), i == 0 ? 2 : 0, i < 2 ? 0.5f : -1));
+            _lights.push_back(lightOf(Light::eSpot, placedAt(float(i), 2, 0), 0, 0.5f));
+        }
+        std::vector<Light*> plain;
+        for (const auto& light : _lights)
+            plain.push_back(light.get());
+        _list = listOf(plain);
+    }
+
+    void process(int frame)
+    {
+        const float angle = 0.1f * float(frame);
+        const CameraPose camera = cameraAt({0, 1, 0}, {std::sin(angle), 0.9f, std::cos(angle)});
+        ShadowMapManager::processLights(_list, data, &camera.projection, &camera.view, &kScene);
+        EXPECT_GT(data.transformCount, 12);
+    }
+
+    RenderData data;
+
+private:
+    std::vector<std::unique_ptr<Light>> _lights;
+    QVariant _list;
+};
+
+TEST(ShadowMapManagerLimitsTest, TheListsOfRenderDataStayWhereTheyAre)
+{
+    Frames frames;
+    const auto* const transforms = frames.data.transforms.constData();
+    const auto* const infos = frames.data.projectorInfos.constData();
+    const auto* const blurs = frames.data.blurInfos.constData();
+    for (int frame = 0; frame < 100; ++frame)
+        frames.process(frame);
+    EXPECT_EQ(frames.data.transforms.constData(), transforms);
+    EXPECT_EQ(frames.data.projectorInfos.constData(), infos);
+    EXPECT_EQ(frames.data.blurInfos.constData(), blurs);
+}
+
+TEST(ShadowMapManagerLimitsTest, TheSameFrameAllocatesTheSameEachTime)
+{
+    Frames frames;
+    frames.process(0);
+    frames.process(0);
+    long long first = -1;
+    for (int i = 0; i < 20; ++i)
+    {
+        const HeapCount count;
+        frames.process(0);
+        const long long allocations = count.soFar();
+        if (first < 0)
+            first = allocations;
+        EXPECT_EQ(allocations, first) << i;
+    }
+}
+
+TEST(ShadowMapManagerLimitsTest, ProjectionsThatAreNotFittedAllocateNothing)
+{
+    RenderData data;
+    std::vector<std::unique_ptr<Light>> lights;
+    std::vector<Light*> plain;
+    for (const Light::Type type : {Light::ePoint, Light::eSpot, Light::eDirectional})
+    {
+        lights.push_back(lightOf(type, placedAt(1, 2, 3), 4, 0.5f));
+        plain.push_back(lights.back().get());
+    }
+    const QVariant list = listOf(plain);
+    ShadowMapManager::processLights(list, data);
+    const HeapCount count;
+    ShadowMapManager::processLights(list, data);
+    EXPECT_EQ(count.soFar(), 0);
+    EXPECT_EQ(data.transformCount, 8);
+}
+
+#ifdef VRK_TEST_BYTES_IN_USE
+
+TEST(ShadowMapManagerLimitsTest, TheHeapDoesNotGrowFromFrameToFrame)
+{
+    Frames frames;
+    for (int frame = 0; frame < 200; ++frame)
+        frames.process(frame);
+    const std::size_t before = bytesInUse();
+    for (int frame = 200; frame < 2200; ++frame)
+        frames.process(frame);
+    // Eight bytes a frame would be 16,000; what the allocator has put by for itself may be another piece or two.
+    EXPECT_LT(double(bytesInUse()) - double(before), 12'000.0);
+}
+
+#endif
+
+// ---- awkward input -------------------------------------------------------------------------------------------------
 
 TEST(ShadowMapManagerLimitsTest, AwkwardInputIsNeverStoredAsWhatIsNoNumber)
 {

@@ -352,6 +352,12 @@ inline CameraPose cameraAt(const QVector3D& eye, const QVector3D& target, float 
     return camera;
 }
 
+/// Looks along -z from 20, so that depth is 20 - z.
+inline CameraPose frontCamera(float near = 1.0f, float far = 40.0f)
+{
+    return cameraAt({0, 0, 20}, {0, 0, 0}, 90.0f, near, far);
+}
+
 inline CameraPose randomCamera(Random& random, double extent)
 {
     const QVector3D eye = random.point(extent);
@@ -442,6 +448,21 @@ inline Processed process(ShadowMapManagerCulling& culling, RenderData& data, Lig
     p.result = light.type() == Light::ePoint ? culling.processLightPoint(data, p.info, &light, p.changed)
                                              : culling.processLightDirectional(data, p.info, &light, p.changed);
     return p;
+}
+
+/// Each point is within -1 to 1 across and not behind the far side, in one of the projections.
+inline void expectCovers(const RenderData& data, int first, int count, const std::vector<Vec>& points)
+{
+    for (const Vec& p : points)
+    {
+        bool covered = false;
+        for (int i = first; i < first + count; ++i)
+        {
+            const Clip c = mapped(mat(data.transforms[i].toMatrix()), p);
+            covered |= c.w > 0 && std::fabs(c.x) <= c.w && std::fabs(c.y) <= c.w && c.z <= c.w * 1.00001;
+        }
+        EXPECT_TRUE(covered) << p.x << ", " << p.y << ", " << p.z;
+    }
 }
 
 inline bool isAllFinite(const QMatrix4x4& m)

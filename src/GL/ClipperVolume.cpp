@@ -35,19 +35,23 @@ constexpr int kCornerPlanes[8][3] = {
     {2, 5, 0}, {4, 5, 0}, {2, 3, 0}, {4, 3, 0}, {2, 5, 1}, {4, 5, 1}, {2, 3, 1}, {4, 3, 1},
 };
 
-bool isWhollyInside(const Polygon& polygon, const Plane& plane)
+using Points = QVarLengthArray<QVector3D, 32>;
+
+bool isWhollyInside(const QVector3D* points, qsizetype count, const Plane& plane)
 {
-    return std::all_of(polygon.cbegin(), polygon.cend(),
+    return std::all_of(points, points + count,
                        [&plane](const QVector3D& point) { return plane.DistanceTo(point) <= 0.0f; });
 }
 
-Polygon clipPolygon(const Polygon& polygon, const Plane& plane)
+/// What of the polygon is inside the plane.
+void clipPolygon(const QVector3D* points, qsizetype count, const Plane& plane, Points& clipped)
 {
-    QVarLengthArray<QVector3D, 32> clipped;
-    QVector3D prev = polygon.last();
+    clipped.clear();
+    QVector3D prev = points[count - 1];
     float dp = plane.DistanceTo(prev);
-    for (const QVector3D& cur : polygon)
+    for (qsizetype i = 0; i < count; ++i)
     {
+        const QVector3D& cur = points[i];
         const float dc = plane.DistanceTo(cur);
         if ((dc < 0.0f && dp > 0.0f) || (dc > 0.0f && dp < 0.0f))
         {
@@ -59,7 +63,6 @@ Polygon clipPolygon(const Polygon& polygon, const Plane& plane)
         prev = cur;
         dp = dc;
     }
-    return Polygon(clipped.cbegin(), clipped.cend());
 }
 
 bool hasNaN(const QVector3D& point)
@@ -161,28 +164,36 @@ QList<QVector3D> cornersFromPlanes(const QList<Plane>& planes)
 
 QList<QList<QVector3D>> clipFaces(const QList<Plane>& planes, const QList<QList<QVector3D>>& faces)
 {
-    QList<Polygon> input = faces;
-    QList<Polygon> output;
-    for (const Plane& plane : planes)
+    // Polygons are clipped independently of each other, each by all planes in turn between two buffers.
+    QList<Polygon> result;
+    result.reserve(faces.size());
+    Points buffers[2];
+    for (const Polygon& face : faces)
     {
-        output.clear();
-        output.reserve(input.size());
-        for (const Polygon& polygon : std::as_const(input))
+        const QVector3D* points = face.constData();
+        qsizetype count = face.size();
+        int next = 0;
+        bool isCut = false;
+        for (const Plane& plane : planes)
         {
-            if (polygon.size() < 2)
+            if (count < 2)
+                count = 0;
+            if (count == 0)
+                break;
+            if (isWhollyInside(points, count, plane))
                 continue;
-            if (isWhollyInside(polygon, plane))
-            {
-                output.append(polygon); // shared, not copied
-                continue;
-            }
-            Polygon clipped = clipPolygon(polygon, plane);
-            if (!clipped.isEmpty())
-                output.append(std::move(clipped));
+            clipPolygon(points, count, plane, buffers[next]);
+            points = buffers[next].constData();
+            count = buffers[next].size();
+            next = 1 - next;
+            isCut = true;
         }
-        input.swap(output);
+        if (!isCut && (count > 0 || planes.isEmpty()))
+            result.append(face); // shared, not copied
+        else if (count > 0)
+            result.append(Polygon(points, points + count));
     }
-    return input;
+    return result;
 }
 
 QList<QVector3D> uniquePoints(const QList<QList<QVector3D>>& faces)

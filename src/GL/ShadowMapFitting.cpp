@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace Harrow::Vrk
@@ -25,6 +26,15 @@ constexpr int kFrustumPlaneCorners[6][3] = {
     {7, 6, 2}, // upper y
     {4, 5, 1}, // lower y
 };
+
+/// Where each plane lies in clip space: the row that equals w there, or -w.
+struct ClipRow
+{
+    int row;
+    double sign;
+};
+
+constexpr ClipRow kFrustumClipRows[6] = {{2, 1.0}, {2, -1.0}, {0, 1.0}, {0, -1.0}, {1, -1.0}, {1, 1.0}};
 
 // The places of the planes that `Bounds::planes` has the other way round.
 constexpr int kFrustumUpperX = 3;
@@ -65,22 +75,23 @@ Bounds boundsIn(const QMatrix4x4& space, const QList<QVector3D>& points)
     return Bounds(mapped);
 }
 
-/// The direction of a vector however short it is; zero for zero.
-QVector3D directionOf(const QVector3D& vector)
+/// The outward normal of a camera's plane, however close together its corners are.
+QVector3D clipPlaneNormal(const ClipRow& at, const QMatrix4x4& projection, const QMatrix4x4& view)
 {
-    const float largest = std::max({std::fabs(vector.x()), std::fabs(vector.y()), std::fabs(vector.z())});
-    return largest > 0.0f ? normalize(vector / largest) : QVector3D();
-}
-
-Plane frustumPlane(const QVector3D& a, const QVector3D& b, const QVector3D& c)
-{
-    const Plane plane(a, b, c);
-    if (!plane.normal.isNull())
-        return plane;
-    // Plane takes corners so close together for a line. Those of a near plane that is close to the eye are no line, and
-    // without a near plane neither cascades nor corners would be where they should.
-    const QVector3D across = QVector3D::crossProduct(directionOf(b - a), directionOf(c - a));
-    return Plane(directionOf(across), a);
+    double inView[3];
+    for (int i = 0; i < 3; ++i)
+        inView[i] = -(double(projection(3, i)) + at.sign * double(projection(at.row, i)));
+    double normal[3];
+    double length = 0.0;
+    for (int i = 0; i < 3; ++i)
+    {
+        normal[i] = inView[0] * double(view(0, i)) + inView[1] * double(view(1, i)) + inView[2] * double(view(2, i));
+        length += normal[i] * normal[i];
+    }
+    length = std::sqrt(length);
+    if (!(length > 0.0))
+        return QVector3D();
+    return QVector3D(float(normal[0] / length), float(normal[1] / length), float(normal[2] / length));
 }
 
 } // namespace
@@ -102,8 +113,21 @@ QList<Plane> frustumPlanes(const QList<QVector3D>& corners)
     QList<Plane> planes;
     planes.reserve(std::size(kFrustumPlaneCorners));
     for (const auto& at : kFrustumPlaneCorners)
-        planes.append(frustumPlane(corners[at[0]], corners[at[1]], corners[at[2]]));
+        planes.append(Plane(corners[at[0]], corners[at[1]], corners[at[2]]));
     return planes;
+}
+
+QList<Plane> solidFrustumPlanes(const QList<Plane>& planes, const QList<QVector3D>& corners,
+                                const QMatrix4x4& projection, const QMatrix4x4& view)
+{
+    QList<Plane> solid = planes;
+    for (int i = 0; i < int(std::size(kFrustumPlaneCorners)); ++i)
+    {
+        if (planes[i].normal.isNull())
+            solid[i] =
+                Plane(clipPlaneNormal(kFrustumClipRows[i], projection, view), corners[kFrustumPlaneCorners[i][0]]);
+    }
+    return solid;
 }
 
 QList<QVector3D> cornersFromFrustumPlanes(const QList<Plane>& planes)
@@ -218,6 +242,27 @@ ClipperVolume lightPyramid(const QMatrix4x4& worldFromSide, float cutoff, const 
 
 // ---- the matrices --------------------------------------------------------------------------------------------------
 
+namespace
+{
+
+/// The lower z of what the box and the column have in common: that of the box around `frustrumClipped`, whose points it
+/// takes as they come.
+float nearestInTheWay(const Bounds& casters, const Bounds& column)
+{
+    float nearest = std::numeric_limits<float>::max();
+    const auto lookThrough = [&nearest](const QList<QList<QVector3D>>& faces)
+    {
+        for (const QList<QVector3D>& face : faces)
+            for (const QVector3D& point : face)
+                nearest = std::min(nearest, point.z());
+    };
+    lookThrough(clipFaces(column.planes(), facesFromCorners(casters.corners())));
+    lookThrough(clipFaces(casters.planes(), facesFromCorners(column.corners())));
+    return nearest;
+}
+
+} // namespace
+
 QMatrix4x4 fitDirectionalShadow(const QList<QVector3D>& receivers, const QList<QVector3D>& casters,
                                 const QMatrix4x4& worldFromLight)
 {
@@ -234,8 +279,7 @@ QMatrix4x4 fitDirectionalShadow(const QList<QVector3D>& receivers, const QList<Q
 
     // From the receivers up to everything that lies toward the light.
     const Bounds column(QVector3D(lo.x(), lo.y(), kTowardLight), hi);
-    const Bounds inTheWay(boundsIn(toLight, casters).frustrumClipped(column.planes(), column.corners(), {}));
-    const float zlo = inTheWay.boxLowerBounds().z();
+    const float zlo = nearestInTheWay(boundsIn(toLight, casters), column);
 
     // The order of the products is interface, with what comes of it: the hundredth is taken off around the origin of
     // the light's space, not around the box.

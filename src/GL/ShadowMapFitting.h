@@ -27,10 +27,16 @@ inline constexpr int kMaxCascades = 1024;
 VRKGL_EXPORT QList<QVector3D> frustumCorners(const QMatrix4x4& projection, const QMatrix4x4& view);
 
 /// Its planes, outward for a camera that does not mirror: near, far, lower x, upper x, upper y, lower y. So not in the
-/// order of `Bounds::planes`. A plane through corners that coincide has a zero normal.
+/// order of `Bounds::planes`. A plane through corners that `Plane` takes for a line has a zero normal, and cuts nothing
+/// away: that of a near plane close to the eye.
 VRKGL_EXPORT QList<Plane> frustumPlanes(const QList<QVector3D>& corners);
 
-/// The eight corners of planes in the order of `frustumPlanes`.
+/// The same, where none has a zero normal: in place of such a one, that of the matrices. To be split into levels and to
+/// have corners a frustum needs all of its planes.
+VRKGL_EXPORT QList<Plane> solidFrustumPlanes(const QList<Plane>& planes, const QList<QVector3D>& corners,
+                                             const QMatrix4x4& projection, const QMatrix4x4& view);
+
+/// The eight corners of planes in the order of `frustumPlanes`, none with a zero normal.
 VRKGL_EXPORT QList<QVector3D> cornersFromFrustumPlanes(const QList<Plane>& planes);
 
 /// Whether the frustum has corners that are numbers, and planes that are planes.

@@ -118,20 +118,24 @@ private:
     {
         for (const QMatrix4x4& side : std::as_const(sextant))
         {
-            if (isFull())
+            if (isFull() || !write(info, side * toLight))
                 return;
-            write(info, side * toLight);
         }
     }
 
-    void write(RenderData::ProjectorInfo& projectorInfo, const QMatrix4x4& matrix)
+    /// False when the blur has no room: `isFull` looks at the transforms alone.
+    bool write(RenderData::ProjectorInfo& projectorInfo, const QMatrix4x4& matrix)
     {
         VRK_ASSERT((projectorInfo.index + projectorInfo.count) == projectorIndex,
                    "projection Info (%d,%d) and projectorIndex %d are out of sync", projectorInfo.index,
                    projectorInfo.count, projectorIndex);
+        VRK_ASSERT_RETURN(projectorIndex < _data.blurInfos.size(), false,
+                          "No room for the blur of shadow projection %d among %lld", projectorIndex,
+                          static_cast<long long>(_data.blurInfos.size()));
         changed |= _data.setTransform(projectorIndex, matrix, kBlur);
         ++projectorInfo.count;
         ++projectorIndex;
+        return true;
     }
 
     RenderData& _data;

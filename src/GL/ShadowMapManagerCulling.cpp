@@ -6,6 +6,7 @@
 
 #include <QMessageLogger>
 
+#include <algorithm>
 #include <optional>
 
 namespace Harrow::Vrk
@@ -23,9 +24,9 @@ constexpr float kPointBlur = 0.0f;
 bool append(RenderData& data, RenderData::ProjectorInfo& info, const QMatrix4x4& matrix, float blur, bool& changed)
 {
     const qint64 index = static_cast<qint64>(info.index) + info.count;
-    VRK_ASSERT_RETURN(index >= 0 && index < data.transforms.size(), false,
-                      "No room for projection %d of a light among %lld", info.count,
-                      static_cast<long long>(data.transforms.size()));
+    const qsizetype room = std::min(data.transforms.size(), data.blurInfos.size());
+    VRK_ASSERT_RETURN(index >= 0 && index < room, false, "No room for projection %d of a light among %lld", info.count,
+                      static_cast<long long>(room));
     if (!isFinite(matrix))
     {
         VRK_ASSERT(isFinite(matrix), "Projection %d of a light is fitted to points without extent", info.count);
@@ -46,8 +47,10 @@ bool ShadowMapManagerCulling::setupCameras(const QMatrix4x4* projection, const Q
         return false;
     const QList<QVector3D> points = getWorldFrustrumPoints(*projection, *view);
     const QList<Plane> planes = getWorldFrustrumPlanes(*projection, *view);
-    VRK_ASSERT_RETURN(isFrustum(points, planes), false, "Camera has a frustum without volume or without end");
+    const QList<Plane> solid = solidFrustumPlanes(planes, points, *projection, *view);
+    VRK_ASSERT_RETURN(isFrustum(points, solid), false, "Camera has a frustum without volume or without end");
     _frustumPlanes = planes;
+    _solidPlanes = solid;
     _frustumPoints = points;
     _hasCamera = true;
     return true;
@@ -104,15 +107,15 @@ void ShadowMapManagerCulling::setupLightCSMData(ShadowMapManager::Light* light, 
                       kMaxCascades);
     data.enabled = true;
     data.levels = light->csmLevels();
-    data.nearPoint = tightenedPoint(_frustumPlanes[0], _frustumPlanes[1], _scenePoints);
-    data.farPoint = tightenedPoint(_frustumPlanes[1], _frustumPlanes[0], _scenePoints);
+    data.nearPoint = tightenedPoint(_solidPlanes[0], _solidPlanes[1], _scenePoints);
+    data.farPoint = tightenedPoint(_solidPlanes[1], _solidPlanes[0], _scenePoints);
     data.delta = data.farPoint - data.nearPoint;
     data.bounds = Bounds(_scenePoints);
 }
 
 QList<Plane> ShadowMapManagerCulling::levelPlanes(int level, const ProcessCSMData& data) const
 {
-    return cascadePlanes(_frustumPlanes, data.nearPoint, data.delta, level, data.levels);
+    return cascadePlanes(_solidPlanes, data.nearPoint, data.delta, level, data.levels);
 }
 
 const QList<QVector3D>& ShadowMapManagerCulling::getSceneCameraFrustrumPointsCSM(int level, ProcessCSMData& data,
@@ -129,23 +132,44 @@ const QList<QVector3D>& ShadowMapManagerCulling::getSceneCameraFrustrumLightFrus
     int level, ProcessCSMData& data, const QMatrix4x4& lightWorld, float cutoff, const QList<Plane>& extraPlanes,
     QList<QVector3D>& casterPoints) const
 {
-    const ClipperVolume scene = (data.enabled ? data.bounds : Bounds(_scenePoints)).clippingVolume();
-
-    // Without a camera this is a volume of no planes, which takes nothing away.
-    ClipperVolume camera;
-    if (_hasCamera)
+    const Reach& reach = reachOf(lightWorld, cutoff, data);
+    ClipperVolume camera = cameraVolume(level, data);
+    if (!extraPlanes.isEmpty())
     {
-        camera.planes = data.enabled ? levelPlanes(level, data) : _frustumPlanes;
-        camera.faces = clipFaces(extraPlanes, facesFromCorners(cornersFromFrustumPlanes(camera.planes)));
+        camera.faces = clipFaces(extraPlanes, camera.faces);
+        camera.planes += extraPlanes;
     }
-    camera.planes += extraPlanes;
-
-    const ClipperVolume pyramid = lightPyramid(lightWorld, cutoff, _scenePoints);
-    const ClipperVolume lit = intersectVolumes(scene, pyramid);
-    const ClipperVolume seen = intersectVolumes(lit, camera);
+    const ClipperVolume seen = intersectVolumes(reach.volume, camera);
     data.points = uniquePoints(seen.faces);
-    casterPoints = uniquePoints(lit.faces);
+    casterPoints = reach.points;
     return data.points;
+}
+
+const ShadowMapManagerCulling::Reach& ShadowMapManagerCulling::reachOf(const QMatrix4x4& lightWorld, float cutoff,
+                                                                       ProcessCSMData& data) const
+{
+    if (data.reach && data.reach->lightWorld == lightWorld && data.reach->cutoff == cutoff)
+        return *data.reach;
+    if (data.scene.planes.isEmpty())
+        data.scene = (data.enabled ? data.bounds : Bounds(_scenePoints)).clippingVolume();
+    const ClipperVolume pyramid = lightPyramid(lightWorld, cutoff, _scenePoints);
+    const ClipperVolume lit = intersectVolumes(data.scene, pyramid);
+    data.reach = Reach{lightWorld, cutoff, lit, uniquePoints(lit.faces)};
+    return *data.reach;
+}
+
+const ClipperVolume& ShadowMapManagerCulling::cameraVolume(int level, ProcessCSMData& data) const
+{
+    if (data.cameras.size() <= level)
+        data.cameras.resize(level + 1);
+    ClipperVolume& camera = data.cameras[level];
+    // Without a camera this is a volume of no planes, which takes nothing away.
+    if (!_hasCamera || !camera.planes.isEmpty())
+        return camera;
+    const QList<Plane> solid = data.enabled ? levelPlanes(level, data) : _solidPlanes;
+    camera.faces = facesFromCorners(cornersFromFrustumPlanes(solid));
+    camera.planes = data.enabled ? solid : _frustumPlanes;
+    return camera;
 }
 
 // ---- lights --------------------------------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 /// the shadow maps go where they are looked at. Plain computation that touches no OpenGL.
 
 #include "Bounds.h"
+#include "ClipperVolume.h"
 #include "Export.h"
 #include "Plane.h"
 #include "ShadowMapManager.h"
@@ -14,6 +15,7 @@
 #include <QMatrix4x4>
 #include <QVector3D>
 
+#include <optional>
 #include <utility>
 
 namespace Harrow::Vrk
@@ -55,6 +57,15 @@ public:
 private:
     friend struct ShadowMapManagerCullingTestAccess;
 
+    /// What one side of a point light reaches of the scene, in view or not.
+    struct Reach
+    {
+        QMatrix4x4 lightWorld;
+        float cutoff = -1.0f;
+        ClipperVolume volume;
+        QList<QVector3D> points;
+    };
+
     /// The cascades of a light.
     struct ProcessCSMData
     {
@@ -65,6 +76,11 @@ private:
         QVector3D delta;         ///< from near to far
         QList<QVector3D> points; ///< of the level in hand
         Bounds bounds;           ///< of the scene
+
+        // Of a point light, what holds for more than one of its sides and levels; made when first asked for.
+        ClipperVolume scene;
+        QList<ClipperVolume> cameras; ///< by level
+        std::optional<Reach> reach;   ///< of the side in hand
     };
 
     // "Frustrum" is the spelling of these names.
@@ -80,6 +96,8 @@ private:
                                                                          const QList<Plane>& extraPlanes,
                                                                          QList<QVector3D>& casterPoints) const;
     QList<Plane> levelPlanes(int level, const ProcessCSMData& data) const;
+    const Reach& reachOf(const QMatrix4x4& lightWorld, float cutoff, ProcessCSMData& data) const;
+    const ClipperVolume& cameraVolume(int level, ProcessCSMData& data) const;
 
     bool _hasCamera = false;
     bool _hasScene = false;
@@ -89,6 +107,7 @@ private:
     QList<QVector3D> _scenePoints;
     QList<QVector3D> _visiblePoints; ///< what can receive a shadow that is seen
     QList<QVector3D> _casterPoints;
+    QList<Plane> _solidPlanes; ///< those of the frustum, none of them with a zero normal
 };
 
 } // namespace Harrow::Vrk
