@@ -112,8 +112,9 @@ set(VRK_LAYER_SCENE
     Plane
     VectorNormalize)
 
-# What lights need beside the scene: shadows.
+# What lights need beside the scene: shadows, and maps of the environment.
 set(VRK_LAYER_LIGHTING
+    PrefilteredEnvMap
     ShadowMapFitting
     ShadowMapManager
     ShadowMapManagerCulling)
@@ -135,6 +136,7 @@ set(VRK_PRIVATE_HEADERS
     GLRuntimeTestAccess.h
     GPUModelShownTransforms.h
     KTXLayout.h
+    PrefilteredEnvMapPass.h
     RadianceHeader.h
     RadianceRows.h
     SamplerSlots.h

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "PrefilteredEnvMapPass.h"
+
+#include "Diagnostics.h"
+#include "DrawBuffers.h"
+#include "FramebufferObject.h"
+#include "GLSLMacroProcessor.h"
+#include "OpenGLDeviceContext.h"
+#include "ShaderProgram.h"
+#include "VertexArrayObject.h"
+
+#include <QMessageLogger>
+#include <QString>
+
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+namespace Harrow::Vrk::Prefilter
+{
+namespace
+{
+
+constexpr char kNoise[] = "noise2D.glslc";
+constexpr char kImportanceSample[] = "ImportanceSample.glslc";
+constexpr char kCubeVertex[] = "prefilteredEnvMapCubeVS.glslc";
+constexpr char kCubeFragment[] = "prefilteredEnvMapCubeFS.glslc";
+constexpr char kLatLongVertex[] = "prefilteredEnvMapVS.glslc";
+constexpr char kLatLongFragment[] = "prefilteredEnvMapFS.glslc";
+constexpr char kTableVertex[] = "preintegratedBRDFTableVS.glslc";
+constexpr char kTableFragment[] = "preintegratedBRDFTableFS.glslc";
+
+struct ProgramRow
+{
+    ProgramKind kind;
+    const char* words; // in front of a failure's message
+    const char* vertexFile;
+    const char* fragmentFile;
+};
+
+constexpr ProgramRow kPrograms[] = {
+    {ProgramKind::eCube, "prefilteredEnvMap", kCubeVertex, kCubeFragment},
+    {ProgramKind::eLatLong, "prefilteredEnvMap", kLatLongVertex, kLatLongFragment},
+    {ProgramKind::eTable, "preintegratedBRDFTable", kTableVertex, kTableFragment},
+};
+
+constexpr bool isIndexedByKind()
+{
+    for (std::size_t i = 0; i < std::size(kPrograms); ++i)
+        if (static_cast<std::size_t>(kPrograms[i].kind) != i)
+            return false;
+    return true;
+}
+static_assert(isIndexedByKind(), "one row for each ProgramKind, in its order");
+
+/// Null, after a report, at exit, and when the factory of a subclass gave none or one without a vertex array.
+QSharedPointer<DrawBuffers> newQuad()
+{
+    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
+    VRK_ASSERT_RETURN(!context.isNull(), {}, "Device context is NULL on prefilter");
+    QSharedPointer<DrawBuffers> quad = context->newFullscreenQuad();
+    VRK_ASSERT_RETURN(!quad.isNull(), {}, "Fullscreen quad is NULL on prefilter");
+    VRK_ASSERT_RETURN(!quad->VAO().isNull(), {}, "Vertex Array Object is NULL on prefilter");
+    return quad;
+}
+
+} // namespace
+
+std::unique_ptr<ShaderProgram> buildProgram(ProgramKind kind, ShadingModel model, bool samplesTexels)
+{
+    const ProgramRow& row = kPrograms[static_cast<std::size_t>(kind)];
+    GLSLMacroProcessor processor;
+    processor.addDefine(QStringLiteral("VRK_BRDF"), QString::number(int(model)));
+    if (samplesTexels)
+        processor.addDefine(QStringLiteral("SOLID_SAMPLING"), QStringLiteral("1"));
+
+    auto program = std::make_unique<ShaderProgram>();
+    program->setMacroProcessor(&processor);
+    program->setFragDataLocations({QStringLiteral("out_FragColor")});
+    program->addShaderFromFile(GL_VERTEX_SHADER, QString::fromLatin1(row.vertexFile));
+    for (const char* const file : {kNoise, kImportanceSample, row.fragmentFile})
+        program->addShaderFromFile(GL_FRAGMENT_SHADER, QString::fromLatin1(file));
+    if (!program->compile())
+    {
+        QMessageLogger().warning("%s shader program failed to compile", row.words);
+        return nullptr;
+    }
+    if (!program->link())
+    {
+        QMessageLogger().warning("%s shader program failed to link", row.words);
+        return nullptr;
+    }
+    program->setMacroProcessor(nullptr);
+    program->bind();
+    return program;
+}
+
+SavedViewport::SavedViewport()
+{
+    glGetIntegerv(GL_VIEWPORT, _viewport);
+}
+
+void SavedViewport::restore() const
+{
+    glViewport(_viewport[0], _viewport[1], _viewport[2], _viewport[3]);
+}
+
+SavedFramebuffers::SavedFramebuffers()
+{
+    glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &_drawing);
+    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &_reading);
+}
+
+void SavedFramebuffers::restore() const
+{
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(_drawing));
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(_reading));
+}
+
+Pass::Pass(std::unique_ptr<ShaderProgram> program)
+    : _framebuffer(std::make_unique<FramebufferObject>(nullptr)), _program(std::move(program))
+{
+    _framebuffer->bind();
+    _quad = newQuad();
+    if (!_quad)
+        return;
+    VertexArrayObject& vao = *_quad->VAO();
+    vao.bind();
+    vao.enableShaderProgramArrays(_program.get());
+    vao.unbind();
+    _quad->bind();
+}
+
+Pass::~Pass() = default;
+
+bool Pass::isReady() const
+{
+    return !_quad.isNull();
+}
+
+ShaderProgram& Pass::program()
+{
+    return *_program;
+}
+
+FramebufferObject& Pass::framebuffer()
+{
+    return *_framebuffer;
+}
+
+void Pass::draw()
+{
+    _quad->draw(_program.get());
+    glFlush();
+}
+
+void Pass::unbind()
+{
+    if (_quad)
+        _quad->unbind();
+    _framebuffer->unbind();
+    _program->unbind();
+}
+
+} // namespace Harrow::Vrk::Prefilter
