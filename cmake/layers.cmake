@@ -117,7 +117,9 @@ set(VRK_LAYER_LIGHTING
     PrefilteredEnvMap
     ShadowMapFitting
     ShadowMapManager
-    ShadowMapManagerCulling)
+    ShadowMapManagerCulling
+    ZelImageCubemapUtils
+    ZelRenderCubemap)
 
 # Headers of src/GL that are not installed.
 set(VRK_PRIVATE_HEADERS
@@ -157,4 +159,6 @@ set(VRK_PRIVATE_HEADERS
     UniformBufferMechanism.h
     UniformForm.h
     UniformMechanism.h
-    VectorNormalize.h)
+    VectorNormalize.h
+    ZelRenderCubemap.h
+    ZelRenderCubemapMatrices.h)
