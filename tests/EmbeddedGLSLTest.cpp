@@ -14,6 +14,7 @@
 #include "GLSLMacroProcessor.h"
 #include "GLUtilities.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
@@ -83,8 +84,7 @@ TEST(EmbeddedGLSL, UnitsBeginWithVersionAndHeadersHaveNone)
 {
     // A unit may leave the version to a macro whose default is a version line.
     const QRegularExpression unitStart(QStringLiteral("^(#macro \\S+ )?#version "));
-    int files = 0;
-    for (QDirIterator it(QStringLiteral(":/GLSL"), QDir::Files, QDirIterator::Subdirectories); it.hasNext(); ++files)
+    for (QDirIterator it(QStringLiteral(":/GLSL"), QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
     {
         QFile file(it.next());
         ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
@@ -94,7 +94,56 @@ TEST(EmbeddedGLSL, UnitsBeginWithVersionAndHeadersHaveNone)
         else
             EXPECT_TRUE(unitStart.match(text).hasMatch()) << file.fileName().toStdString();
     }
-    EXPECT_GE(files, 6);
+}
+
+TEST(EmbeddedGLSL, ThereAreTheseFilesAndNoOthers)
+{
+    const QStringList headers = {"DrawElementsIndirectCommand.glslh",
+                                 "FXAA.glslh",
+                                 "ImportanceSample.glslh",
+                                 "SMAA.glslh",
+                                 "ShaderBitEncoding.glslh",
+                                 "ShadowMapManager.glslh",
+                                 "TextureManager.glslh",
+                                 "VisibilityBuffer.glslh",
+                                 "VrkUtilities.glslh",
+                                 "noise2D.glslh"};
+    const QStringList units = {"Array2DTextureManager.glslc",
+                               "Array2DTextureManagerBindless.glslc",
+                               "BindlessTextureManager.glslc",
+                               "CubeRender.vert",
+                               "CubeRender_Blur.frag",
+                               "CubeRender_Color.frag",
+                               "CubeRender_Cross.frag",
+                               "CubeRender_LatLongSphere.frag",
+                               "CubeRender_Linear.frag",
+                               "CubeRender_NDotL.frag",
+                               "CubeRender_Sphere.frag",
+                               "CubeRender_ToLinearFS.glslc",
+                               "CubeRender_ToLinearVS.glslc",
+                               "FXAA.glslc",
+                               "Func_ColorSpace.glslc",
+                               "ImportanceSample.glslc",
+                               "SamplerTextureManager.glslc",
+                               "ShadowMapManager.glslc",
+                               "TextureManager.glslc",
+                               "VisibilityBuffer.glslc",
+                               "VrkUtilities.frag",
+                               "VrkUtilities.glslc",
+                               "VrkUtilities.vert",
+                               "noise2D.glslc",
+                               "passthroughVS.glslc",
+                               "prefilteredEnvMapCubeFS.glslc",
+                               "prefilteredEnvMapCubeVS.glslc",
+                               "prefilteredEnvMapFS.glslc",
+                               "prefilteredEnvMapVS.glslc",
+                               "preintegratedBRDFTableFS.glslc",
+                               "preintegratedBRDFTableVS.glslc"};
+    const auto filesIn = [](const char* folder)
+    { return QDir(QLatin1String(folder)).entryList(QDir::Files, QDir::Name); };
+    EXPECT_EQ(filesIn(":/GLSL/include"), headers);
+    EXPECT_EQ(filesIn(":/GLSL/src"), units);
+    EXPECT_EQ(QDir(":/GLSL").entryList(QDir::AllEntries, QDir::Name), QStringList({"include", "src"}));
 }
 
 TEST(EmbeddedGLSL, FilesExpandWithoutWarnings)
@@ -105,7 +154,11 @@ TEST(EmbeddedGLSL, FilesExpandWithoutWarnings)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const LogCapture log;
         GLSLMacroProcessor::process(QString::fromUtf8(file.readAll()), nullptr);
-        EXPECT_EQ(log.texts().join(u'\n').toStdString(), "") << file.fileName().toStdString();
+        // Whoever links that one registers the plan first.
+        const bool wantsPlan = file.fileName().endsWith(QStringLiteral("VisibilityBuffer.glslc"));
+        EXPECT_EQ(log.texts().size(), wantsPlan ? 1 : 0) << file.fileName().toStdString();
+        for (const QString& text : log.texts())
+            EXPECT_TRUE(text.contains(QStringLiteral("InstanceInfo"))) << text.toStdString();
     }
 }
 

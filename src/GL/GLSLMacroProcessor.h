@@ -29,7 +29,7 @@ struct GLSLMacroProcessorTestAccess;
 /// - `#include "name"`, in the first column: becomes the expanded contents of the file, taken from the first
 ///   include directory that has it.
 /// - `#instancedata "name"`, in the first column: becomes the expanded declarations of the plan of that name.
-///   Of an unknown plan nothing remains and nothing is logged.
+///   Of an unknown plan nothing remains; the registry warns of it.
 /// - `#macro NAME text`, indented or not: becomes the expanded value of the macro NAME, or, when it is not
 ///   held, the expanded text. There must be whitespace behind the name. Since the name may be empty,
 ///   `#macro X` with nothing behind the X is the nameless macro with the default text X, whereas `#macroX`
