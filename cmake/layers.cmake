@@ -55,6 +55,7 @@ set(VRK_LAYER_OBJECTS
     UBOContextData
     UniformBufferObject
     UniformForm
+    VertexArrayBuilder
     VertexArrayObject)
 
 # Textures, their formats and units; reading them from files, pooling and processing them.
@@ -89,13 +90,20 @@ set(VRK_LAYER_MANAGERS
     BindlessHandles
     BindlessTextureFunctions
     BindlessTextureManager
+    ColorCycleTextureStreamer
+    ImageCycleTextureStreamer
     InstanceData
     InstanceDataCollection
     InstanceDataPlan
     InstanceDataRegistry
+    MandelbrotCPUTextureStreamer
+    MandelbrotGPUTextureStreamer
+    MandelbrotPixels
+    MandelbrotTextureStreamer
     ParameterMechanism
     SamplerSlots
     SamplerTextureManager
+    StreamerTools
     TextureManager
     TextureMechanism
     TextureStreamer
@@ -138,6 +146,7 @@ set(VRK_PRIVATE_HEADERS
     GLRuntimeTestAccess.h
     GPUModelShownTransforms.h
     KTXLayout.h
+    MandelbrotPixels.h
     PrefilteredEnvMapPass.h
     RadianceHeader.h
     RadianceRows.h
@@ -147,6 +156,7 @@ set(VRK_PRIVATE_HEADERS
     ShaderReport.h
     ShaderText.h
     ShadowMapFitting.h
+    StreamerTools.h
     TextureFileFormats.h
     TextureFormatNames.h
     TextureLevels.h

@@ -249,6 +249,28 @@ TEST_F(ImageCubemapCallsTest, ThePlaceOfACubeIsItsNumberOverTheLastOne)
     EXPECT_EQ(values(2, 3.0f), sixTimes({set(0, 0.0f), set(1, 1.0f)}));
 }
 
+TEST_F(ImageCubemapCallsTest, ABlurTakesThePlacesOfTheCubesAsTheyAre)
+{
+    const auto source = newTexture(GL_TEXTURE_CUBE_MAP);
+    const auto values = [&](GLenum target, int cubes)
+    {
+        const CallLog calls;
+        EXPECT_NE(blurred(*source, target, cubes), nullptr);
+        return calls.named({line("glUniform1f")});
+    };
+    QStringList thirds, fifths;
+    for (int face = 0; face < 6; ++face)
+        for (int slot = 0; slot < 4; ++slot)
+            thirds.append(CallLog::call("glUniform1f", 30 + slot, float(slot) / 3.0f));
+    for (int first = 0; first < 6; first += 2)
+        for (int face = 0; face < 6; ++face)
+            for (int slot = 0; slot < 2; ++slot)
+                fifths.append(CallLog::call("glUniform1f", 30 + slot, float(first + slot) / 5.0f));
+    EXPECT_EQ(values(GL_TEXTURE_CUBE_MAP_ARRAY, 4), thirds);
+    EXPECT_EQ(values(GL_TEXTURE_CUBE_MAP_ARRAY, 6), fifths);
+    EXPECT_EQ(values(GL_TEXTURE_CUBE_MAP, 4), QStringList(6, CallLog::call("glUniform1f", 30, 0.0)));
+}
+
 TEST_F(ImageCubemapCallsTest, APlainCubemapIsOneCubeWhateverTheNumberOfLayers)
 {
     const auto source = newTexture(GL_TEXTURE_CUBE_MAP);
@@ -433,12 +455,27 @@ TEST_F(ImageCubemapCallsTest, AStripThatCannotBeDrawnIntoStopsAtTheFirstFace)
     EXPECT_EQ(strip(*source), nullptr);
     EXPECT_EQ(calls.count(line("glCheckFramebufferStatus")), 1);
     EXPECT_EQ(calls.count(line("glDrawArrays")), 0);
-    EXPECT_EQ(calls.count(line("glDeleteTextures")), 1);
-    EXPECT_EQ(calls.count(line("glDeleteFramebuffers")), 1);
-    EXPECT_EQ(calls.named({line("glBindFramebuffer")}),
-              QStringList({CallLog::call("glBindFramebuffer", GL_FRAMEBUFFER, 1),
-                           CallLog::call("glBindFramebuffer", GL_FRAMEBUFFER, 0)}));
+    EXPECT_EQ(
+        shown(calls.named({line("glBindFramebuffer"), line("glDeleteTextures"), line("glUseProgram"),
+                           line("glDeleteProgram"), line("glDeleteFramebuffers"), line("glViewport")})),
+        shown({CallLog::call("glUseProgram", 1), CallLog::call("glBindFramebuffer", GL_FRAMEBUFFER, 1),
+               CallLog::call("glViewport", 0, 0, 12, 2), CallLog::call("glBindFramebuffer", GL_FRAMEBUFFER, 0),
+               writes("glDeleteTextures", 1), CallLog::call("glUseProgram", 0), CallLog::call("glDeleteProgram", 1),
+               writes("glDeleteFramebuffers", 1), CallLog::call("glViewport", 0, 0, 0, 0)}))
+        << "the strip goes at once, and the viewport comes back";
     EXPECT_EQ(log.texts(), QStringList());
+}
+
+TEST_F(ImageCubemapCallsTest, AStripLetsItsProgramAndThenItsFramebufferGo)
+{
+    const auto source = newTexture(GL_TEXTURE_CUBE_MAP);
+    const CallLog calls;
+    const auto result = strip(*source);
+    ASSERT_NE(result, nullptr);
+    EXPECT_EQ(shown(calls.named({line("glDeleteTextures"), line("glUseProgram"), line("glDeleteProgram"),
+                                 line("glDeleteFramebuffers")})),
+              shown({CallLog::call("glUseProgram", 1), CallLog::call("glUseProgram", 0),
+                     CallLog::call("glDeleteProgram", 1), writes("glDeleteFramebuffers", 1)}));
 }
 
 // ---- a copy --------------------------------------------------------------------------------------------------------
@@ -496,6 +533,15 @@ TEST_F(ImageCubemapCallsTest, ACopyThatCannotBeDrawnIntoStopsAtTheFirstFace)
                            CallLog::call("glBindFramebuffer", GL_DRAW_FRAMEBUFFER, 2),
                            CallLog::call("glBindFramebuffer", GL_READ_FRAMEBUFFER, 0),
                            CallLog::call("glBindFramebuffer", GL_DRAW_FRAMEBUFFER, 0)}));
+}
+
+TEST_F(ImageCubemapCallsTest, ACopyOfWhatIsNoCubemapCallsNothing)
+{
+    const auto source = newTexture(GL_TEXTURE_2D);
+    const auto destination = newTexture(GL_TEXTURE_CUBE_MAP);
+    const CallLog calls;
+    EXPECT_FALSE(ZelImageCubemapUtils::copyCubeMapTextureAsLod(source.get(), destination.get(), 0));
+    EXPECT_EQ(calls.list(), QStringList()) << "the viewport too stays as it is";
 }
 
 TEST_F(ImageCubemapCallsTest, ACopyTakesTheLevelsThatTheDestinationAllows)

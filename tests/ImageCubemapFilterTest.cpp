@@ -184,7 +184,7 @@ protected:
 
 TEST_F(ImageCubemapFilterGL, ACosineFilterIsTheWeightedMeanOfTheHemisphere)
 {
-    for (const int sourceSize : {4, 5, 8})
+    for (const int sourceSize : {1, 4, 5, 8})
     {
         const auto source = newCubemap(sourceSize, &noise);
         for (const int size : {1, 4, 7})

@@ -156,9 +156,18 @@ inline Vector colorAt(const Floats& values, std::size_t index)
     return {values[index], values[index + 1], values[index + 2]};
 }
 
+/// Of the channel that differs most; not a number if one of them is none.
 inline double distance(const Vector& a, const Vector& b)
 {
-    return std::max({std::abs(a[0] - b[0]), std::abs(a[1] - b[1]), std::abs(a[2] - b[2])});
+    double largest = 0.0;
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        const double difference = std::abs(a[i] - b[i]);
+        if (std::isnan(difference))
+            return difference;
+        largest = std::max(largest, difference);
+    }
+    return largest;
 }
 
 /// Whether all texels of a level of a cube map are as told, opaque, and where they are not.

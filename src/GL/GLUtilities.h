@@ -60,8 +60,8 @@ namespace Harrow::Vrk
 {
 
 /// Reads OpenGL's error flags, at most 10, and writes each as the warning "[%s:%d] glError: 0x%X '%s' caught" with the
-/// given place. Not subject to the logging switch. The library never calls it. Does nothing while no function is
-/// loaded.
+/// given place. Not subject to the logging switch. Of the library, only `MandelbrotGPUTextureStreamer` calls it. Does
+/// nothing while no function is loaded.
 VRKGL_EXPORT void checkGLError(const char* file, int line);
 
 /// As `checkGLError`, and tells whether any error was reported.

@@ -132,10 +132,11 @@ QSharedPointer<DrawBuffers> newQuad(const ShaderProgram& program)
     return quad;
 }
 
-/// With program, source and framebuffer bound. False when the strip cannot be drawn into.
+/// With program and source bound. False when the strip cannot be drawn into.
 bool drawFaces(FramebufferObject& framebuffer, Texture& strip, ShaderProgram& program, DrawBuffers& quad,
                const LevelForm& form)
 {
+    const AutoBinder framebufferBinder(&framebuffer);
     const int transform = program.getUniformLocation(QStringLiteral("u_Transform"));
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
@@ -157,7 +158,7 @@ bool drawFaces(FramebufferObject& framebuffer, Texture& strip, ShaderProgram& pr
             quad.unbind();
             glFlush();
         }
-        framebuffer.detach(GL_COLOR_ATTACHMENT0);
+        framebuffer.detach(GL_COLOR_ATTACHMENT0); // in any case: it would count as attached for good
     }
     return isComplete;
 }
@@ -165,7 +166,7 @@ bool drawFaces(FramebufferObject& framebuffer, Texture& strip, ShaderProgram& pr
 /// The strip of a bound source, or null.
 std::unique_ptr<Texture> drawStrip(Texture& source, const LevelForm& form)
 {
-    const std::unique_ptr<ShaderProgram> program = newStripProgram();
+    std::unique_ptr<ShaderProgram> program = newStripProgram();
     if (!program)
         return nullptr;
     std::unique_ptr<Texture> strip = newStrip(form);
@@ -175,12 +176,14 @@ std::unique_ptr<Texture> drawStrip(Texture& source, const LevelForm& form)
     const QSharedPointer<DrawBuffers> quad = newQuad(*program);
     if (!quad)
         return nullptr;
-    const AutoBinder programBinder(program.get());
-    const AutoBinder sourceBinder(&source); // active again
-    program->setUniform(QStringLiteral("u_Texture"), source.unit());
-    const AutoBinder framebufferBinder(&framebuffer);
-    if (!drawFaces(framebuffer, *strip, *program, *quad, form))
-        return nullptr;
+    {
+        const AutoBinder programBinder(program.get());
+        const AutoBinder sourceBinder(&source); // active again
+        program->setUniform(QStringLiteral("u_Texture"), source.unit());
+        if (!drawFaces(framebuffer, *strip, *program, *quad, form))
+            strip.reset();
+    }
+    program.reset(); // before the framebuffer
     return strip;
 }
 

@@ -22,7 +22,7 @@ class Texture;
 /// What all renderers share: the quad, the passes over faces and cubes, and the new texture.
 ///
 /// A cube map array is drawn in batches: one draw fills the same face of `_batchSize` cubes, each on a colour
-/// attachment of its own. A renderer serves one conversion and lives on the stack of it, in one context.
+/// attachment of its own. A renderer serves one conversion, and goes with it in the same context.
 class VRKGL_EXPORT ZelRenderCubemapBase
 {
 public:
@@ -66,8 +66,6 @@ protected:
     std::unique_ptr<DrawBuffers> _quad;
 
 private:
-    friend struct ZelRenderCubemapTestAccess;
-
     void allocate(unsigned target, int internalFormat, int size) const;
     bool render(const Texture& texture, int internalFormat, int size);
     bool enableQuadArrays();
