@@ -70,12 +70,19 @@ TEST_F(PrefilteredEnvMapTest, EachFunctionBuildsItsOwnProgramFromFourStages)
         EXPECT_EQ(calls.count(line("glLinkProgram")), 1);
         EXPECT_EQ(calls.named({line("glBindFragDataLocation")}).size(), 1);
         EXPECT_TRUE(calls.named({line("glBindFragDataLocation")}).first().endsWith(line("0, \"out_FragColor\")")));
-        for (const char* const part : {ownParts[which][0], ownParts[which][1], "float snoise(vec2", "SmithGTR(float"})
+        QList<GLuint> fragments = script.types.keys(GL_FRAGMENT_SHADER);
+        std::sort(fragments.begin(), fragments.end());
+        ASSERT_EQ(fragments.size(), 3);
+        const char* const parts[] = {ownParts[which][0], ownParts[which][1], "SmithGTR(float", "float snoise(vec2"};
+        for (const char* const part : parts)
         {
             const QByteArray stage = stageWith(part);
             EXPECT_TRUE(stage.contains("#define VRK_BRDF 2\n")) << part;
             EXPECT_FALSE(stage.contains("#define SOLID_SAMPLING")) << part;
         }
+        // A program makes the stages of a kind last in, first out.
+        for (qsizetype i = 0; i < 3; ++i)
+            EXPECT_EQ(script.sources[fragments[i]], stageWith(parts[1 + i])) << parts[1 + i];
         ++which;
     }
 }
@@ -147,6 +154,104 @@ TEST_F(PrefilteredEnvMapTest, AFailureAfterScalingDeletesTheCopyAndBringsTheFram
     EXPECT_EQ(namesLeft(calls), 0);
     EXPECT_EQ(calls.named({line("glBindFramebuffer")}).mid(2), framebuffersRestored());
     EXPECT_EQ(calls.named({line("glBindTexture")}).last(), bindName(0));
+}
+
+// ---- long loops ----------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+/// The driver says that it is llvmpipe, or another one.
+void useRenderer(FakeDriver& driver, bool isLlvmpipe)
+{
+    static bool answersLlvmpipe = false;
+    answersLlvmpipe = isLlvmpipe;
+    driver.replace(
+        "glGetString",
+        +[](GLenum name)
+        {
+            const char* const text = name != GL_RENDERER ? FakeDriver::current().versionText().constData()
+                                     : answersLlvmpipe   ? "llvmpipe (LLVM 15.0.6, 256 bits)"
+                                                         : "Some GPU/PCIe/SSE2";
+            return reinterpret_cast<const GLubyte*>(text);
+        });
+    ASSERT_EQ(driver.load(), 1);
+}
+
+} // namespace
+
+TEST_F(PrefilteredEnvMapTest, SamplesBeyondTheTurnsOfTheDriversLoopsAreSeveralToATurn)
+{
+    const auto cube = newTexture(GL_TEXTURE_CUBE_MAP);
+    const auto latLong = newTexture();
+    const struct
+    {
+        unsigned samples;
+        int ofATurn;
+    } rows[] = {{1, 1},      {65534, 1},  {65535, 1},      {65536, 2},       {131070, 2},
+                {131071, 3}, {524288, 9}, {8388608u, 129}, {33554432u, 513}, {65535u * 1024, 1024}};
+    for (const bool isLlvmpipe : {true, false})
+    {
+        useRenderer(driver, isLlvmpipe);
+        for (const auto& row : rows)
+            for (const bool isCube : {true, false})
+            {
+                script.sources.clear();
+                const CallLog calls;
+                const std::unique_ptr<Texture> map(
+                    isCube ? CreatePrefilteredCubeEnvMap(cube.get(), 2, row.samples, SHADING_PHYSICALLY_BASED, RGBA16F)
+                           : CreatePrefilteredLatLongEnvMap(latLong.get(), 2, 2, row.samples, SHADING_PHYSICALLY_BASED,
+                                                            RGBA16F));
+                ASSERT_TRUE(map);
+                EXPECT_EQ(calls.named({line("glUniform1ui")}), QStringList(uniform1ui(6, row.samples)));
+                EXPECT_EQ(stageWith("u_SamplerEnvMap").count("TAKE_SAMPLE\n"), isLlvmpipe ? row.ofATurn : 1)
+                    << row.samples;
+            }
+    }
+}
+
+TEST_F(PrefilteredEnvMapTest, TheDriverIsAskedWhichOneItIsForManySamplesAlone)
+{
+    const auto latLong = newTexture();
+    const QString query = CallLog::call("glGetString", GL_RENDERER);
+    {
+        const CallLog calls;
+        EXPECT_TRUE(filteredLatLong(latLong.get(), 8, 4, SHADING_LAMBERTIAN_DIFFUSE));
+        EXPECT_TRUE(table());
+        EXPECT_FALSE(calls.list().contains(query));
+    }
+    ProcessedTextureScript::current().width = 256;
+    ProcessedTextureScript::current().height = 256;
+    const CallLog calls;
+    EXPECT_TRUE(filteredLatLong(latLong.get(), 8, 4, SHADING_LAMBERTIAN_DIFFUSE));
+    EXPECT_EQ(calls.list().count(query), 1);
+}
+
+TEST_F(PrefilteredEnvMapTest, MoreSamplesThanTheDriversLoopsCanTakeAreRefusedAndNotLeftOut)
+{
+    const auto cube = newTexture(GL_TEXTURE_CUBE_MAP);
+    const auto latLong = newTexture();
+    ProcessedTextureScript::current().width = 16384;
+    ProcessedTextureScript::current().height = 8192;
+    for (const bool isLlvmpipe : {true, false})
+    {
+        useRenderer(driver, isLlvmpipe);
+        const LogCapture log;
+        const CallLog calls;
+        const std::unique_ptr<Texture> maps[] = {filteredLatLong(latLong.get(), 8, 4, SHADING_OREN_NAYAR_DIFFUSE),
+                                                 std::unique_ptr<Texture>(CreatePrefilteredCubeEnvMap(
+                                                     cube.get(), 4, 65535u * 1024 + 1, SHADING_TRADITIONAL, RGBA16F))};
+        EXPECT_EQ(bool(maps[0]), !isLlvmpipe);
+        EXPECT_EQ(bool(maps[1]), !isLlvmpipe);
+        QStringList words;
+        if (isLlvmpipe)
+        {
+            words << line("prefilteredEnvMap can take 67107840 samples on this driver, not 134217728")
+                  << line("prefilteredEnvMap can take 67107840 samples on this driver, not 67107841");
+            EXPECT_EQ(namesLeft(calls), 0);
+        }
+        EXPECT_EQ(log.texts(), words);
+    }
 }
 
 // ---- what is guarded -----------------------------------------------------------------------------------------------

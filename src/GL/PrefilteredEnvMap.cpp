@@ -334,7 +334,7 @@ std::unique_ptr<Texture> filterLatLongMap(const LatLongJob& job, ShadingModel mo
         glActiveTexture(GL_TEXTURE0);
         glBindTexture(GL_TEXTURE_2D, 0);
     };
-    std::unique_ptr<ShaderProgram> program = buildProgram(ProgramKind::eLatLong, model, samplesTexels);
+    std::unique_ptr<ShaderProgram> program = buildProgram(ProgramKind::eLatLong, model, job.samples, samplesTexels);
     std::unique_ptr<Texture> result = program ? newLatLongMap(job) : nullptr;
     if (!result)
     {
@@ -398,7 +398,7 @@ Texture* CreatePrefilteredCubeEnvMap(Texture* source, int size, unsigned samples
 {
     VRK_ASSERT_RETURN(nullptr != source, nullptr, "Texture is NULL on CreatePrefilteredCubeEnvMap");
     const SavedViewport viewport;
-    std::unique_ptr<ShaderProgram> program = buildProgram(ProgramKind::eCube, model);
+    std::unique_ptr<ShaderProgram> program = buildProgram(ProgramKind::eCube, model, samples);
     if (!program)
         return nullptr;
     std::unique_ptr<Texture> result = newCubeMap(size, format);
@@ -451,7 +451,7 @@ Texture* CreatePreintegratedBRDFTable(int width, int height, unsigned lodLevels,
 {
     const SavedViewport viewport;
     const SavedFramebuffers framebuffers;
-    std::unique_ptr<ShaderProgram> program = buildProgram(ProgramKind::eTable, model);
+    std::unique_ptr<ShaderProgram> program = buildProgram(ProgramKind::eTable, model, kTableSamples);
     if (!program)
         return nullptr;
     std::unique_ptr<Texture> result = newTable(width, height, format);

@@ -30,11 +30,12 @@ enum ShadingModel : int
 /// context, on the calling thread, which must be able to draw into `format`: where it is not, nothing is drawn, and
 /// that is not reported.
 ///
-/// **Levels.** Level l of `MaxLODLevel` levels is filtered for the roughness l / (levels - 1), so the first is the
-/// environment as a mirror shows it. A map of a single level has the roughness 0 / 0: what the specular models make of
-/// it is up to the driver; the diffuse ones ignore it. A texel is a mean over the samples, weighted by the cosine
-/// between their directions and its own; nothing is to be divided by pi any more. Samples read from those levels of
-/// `source` that fit their density, as far as its filters let them, so give it mipmaps.
+/// **Levels.** Level l of `MaxLODLevel` levels is filtered for the roughness l / (levels - 1), so with the physically
+/// based model the first is the environment as a mirror shows it. To the diffuse models all levels are alike, but for
+/// the levels of `source` that they read. A map of a single level has the roughness 0 / 0: what the specular models
+/// make of it is up to the driver; the diffuse ones ignore it. A texel is a mean over the samples, weighted by the
+/// cosine between their directions and its own; nothing is to be divided by pi any more. Samples read from those levels
+/// of `source` that fit their density, as far as its filters let them, so give it mipmaps.
 ///
 /// **State.** Blending is off afterwards, depth test and depth writes are on, and no program is bound, whatever was
 /// before; the two filters leave the clear colour (1, 1, 0, 1). The viewport is as before.
@@ -45,8 +46,9 @@ enum ShadingModel : int
 ///
 /// **Failures** give null, and no object stays behind. A program that does not build warns "prefilteredEnvMap shader
 /// program failed to compile" or "... to link", for the table "preintegratedBRDFTable shader program ...". When all
-/// texture units are taken, the bind says so. A null `source` is an assertion, and so is one without texels to
-/// `CreatePrefilteredLatLongEnvMap`.
+/// texture units are taken, the bind says so. The software driver llvmpipe ends loops early; there more than 65,535
+/// samples take longer to compile, and more than 67,107,840 warn "prefilteredEnvMap can take 67107840 samples on this
+/// driver, not %u". A null `source` is an assertion, and so is one without texels to `CreatePrefilteredLatLongEnvMap`.
 ///@{
 
 /// From a cube map to one with faces of `size` by `size` texels. `samples` directions are taken for each texel.

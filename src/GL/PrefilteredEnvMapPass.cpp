@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -53,6 +54,29 @@ constexpr bool isIndexedByKind()
 }
 static_assert(isIndexedByKind(), "one row for each ProgramKind, in its order");
 
+// ---- long loops ----------------------------------------------------------------------------------------------------
+
+// llvmpipe ends the loops of a shader, without a word, when all of them together have had this many turns. More samples
+// than that are taken by writing several into a turn, which costs it time to compile: a third of a minute for the 129
+// of a map of 4096 by 2048 texels, where each texel of the result then takes half a second.
+constexpr unsigned kLlvmpipeTurns = 65535;
+constexpr unsigned kSamplesOfATurnMax = 1024;
+
+bool endsLoopsEarly()
+{
+    const auto* const renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    return renderer != nullptr && std::strstr(renderer, "llvmpipe") != nullptr;
+}
+
+unsigned samplesOfATurn(unsigned samples)
+{
+    if (samples <= kLlvmpipeTurns || !endsLoopsEarly())
+        return 1;
+    return (samples - 1) / kLlvmpipeTurns + 1;
+}
+
+// ---- quads ---------------------------------------------------------------------------------------------------------
+
 /// Null, after a report, at exit, and when the factory of a subclass gave none or one without a vertex array.
 QSharedPointer<DrawBuffers> newQuad()
 {
@@ -66,13 +90,23 @@ QSharedPointer<DrawBuffers> newQuad()
 
 } // namespace
 
-std::unique_ptr<ShaderProgram> buildProgram(ProgramKind kind, ShadingModel model, bool samplesTexels)
+std::unique_ptr<ShaderProgram> buildProgram(ProgramKind kind, ShadingModel model, unsigned samples, bool samplesTexels)
 {
     const ProgramRow& row = kPrograms[static_cast<std::size_t>(kind)];
+    const unsigned turnSamples = samplesOfATurn(samples);
+    if (turnSamples > kSamplesOfATurnMax)
+    {
+        QMessageLogger().warning("%s can take %u samples on this driver, not %u", row.words,
+                                 kLlvmpipeTurns * kSamplesOfATurnMax, samples);
+        return nullptr;
+    }
     GLSLMacroProcessor processor;
     processor.addDefine(QStringLiteral("VRK_BRDF"), QString::number(int(model)));
     if (samplesTexels)
         processor.addDefine(QStringLiteral("SOLID_SAMPLING"), QStringLiteral("1"));
+    if (turnSamples > 1)
+        processor.addMacro(QStringLiteral("SAMPLES_OF_A_TURN"),
+                           QStringLiteral("TAKE_SAMPLE\n").repeated(static_cast<qsizetype>(turnSamples)));
 
     auto program = std::make_unique<ShaderProgram>();
     program->setMacroProcessor(&processor);

@@ -29,8 +29,10 @@ enum class ProgramKind
     eTable
 };
 
-/// Bound. Null, after a warning, when it does not build. `samplesTexels` has each texel of the source taken once.
-std::unique_ptr<ShaderProgram> buildProgram(ProgramKind kind, ShadingModel model, bool samplesTexels = false);
+/// Bound. Null, after a warning, when it does not build, or when the driver's loops are too short for `samples`.
+/// `samplesTexels` has each texel of the source taken once.
+std::unique_ptr<ShaderProgram> buildProgram(ProgramKind kind, ShadingModel model, unsigned samples,
+                                            bool samplesTexels = false);
 
 class SavedViewport
 {
