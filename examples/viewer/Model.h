@@ -63,6 +63,15 @@ struct ImagePart
     QPoint tile{}; ///< of `ImageKind::Tiles`
 };
 
+/// What a picture shows that changes from frame to frame.
+enum class StreamerKind
+{
+    Colors,
+    Images,
+    MandelbrotCPU,
+    MandelbrotGPU,
+};
+
 /// A picture that materials name, not loaded yet unless it came inside the model's file.
 struct Image
 {
@@ -70,6 +79,7 @@ struct Image
     QImage pixels; ///< top row first; null for a picture in a file of its own
     ImageKind kind = ImageKind::Flat;
     std::vector<ImagePart> parts{}; ///< of all but `ImageKind::Flat`
+    std::optional<StreamerKind> streamer{};
 };
 
 /// How a picture goes on beyond its edges. The numbers are those of scene.frag.

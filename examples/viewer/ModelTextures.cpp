@@ -2,6 +2,7 @@
 #include "ModelTextures.h"
 
 #include "LayeredTexture.h"
+#include "Streamers.h"
 #include "Terminal.h"
 
 #include <VrkGL/AutoBinder.h>
@@ -9,6 +10,7 @@
 #include <VrkGL/TextureFileInfo.h>
 #include <VrkGL/TextureIO.h>
 #include <VrkGL/TextureManager.h>
+#include <VrkGL/TextureStreamer.h>
 
 namespace vrkview
 {
@@ -33,7 +35,8 @@ int widthOf(Texture* texture)
 
 } // namespace
 
-ModelTextures::ModelTextures(TextureManager& manager, const Model& model) : _manager(manager), _model(model)
+ModelTextures::ModelTextures(TextureManager& manager, Streamers& streamers, const Model& model)
+    : _manager(manager), _streamers(streamers), _model(model)
 {
     _white.token = manager.tokenForColor(Qt::white);
     ProgressLine progress;
@@ -64,6 +67,8 @@ QList<TextureToken> ModelTextures::tokens() const
 
 ModelTextures::Picture ModelTextures::pictureOf(const Image& image)
 {
+    if (image.streamer)
+        return {_manager.tokenForTexture(_streamers.make(*image.streamer))};
     switch (image.kind)
     {
     case ImageKind::Tiles:

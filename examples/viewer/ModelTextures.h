@@ -19,13 +19,16 @@ class TextureManager;
 namespace vrkview
 {
 
+class Streamers;
+
 /// Loads all pictures at once, so that the first frame does not wait; shows how far it is on a terminal. A picture that
 /// is not there or cannot be read comes out white, and the log says which; so do tiles, with a remark, where the
 /// manager has none. The textures belong to the manager.
 class ModelTextures
 {
 public:
-    ModelTextures(Harrow::Vrk::TextureManager& manager, const Model& model);
+    /// Pictures that change come from `streamers`.
+    ModelTextures(Harrow::Vrk::TextureManager& manager, Streamers& streamers, const Model& model);
 
     /// With the picture that colours a mesh, or white.
     PicturedMaterial picturedMaterial(std::size_t material, const Mesh& mesh) const;
@@ -46,6 +49,7 @@ private:
     Harrow::Vrk::TextureToken tokenOf(const QString& path, const QImage& pixels);
 
     Harrow::Vrk::TextureManager& _manager;
+    Streamers& _streamers;
     const Model& _model;
     Picture _white;
     std::vector<Picture> _ofImage;

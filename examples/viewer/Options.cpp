@@ -67,6 +67,23 @@ constexpr Choice<LightSet> kLightSets[] = {
     {"point", LightSet::Point},
 };
 
+constexpr Choice<AntiAliasingKind> kAntiAliasingKinds[] = {
+    {"none", AntiAliasingKind::None},
+    {"fxaa", AntiAliasingKind::FXAA},
+    {"smaa", AntiAliasingKind::SMAA},
+};
+
+constexpr Choice<SpecularModel> kSpecularModels[] = {
+    {"blinn-phong", SpecularModel::BlinnPhong},
+    {"ashikhmin-shirley", SpecularModel::AshikhminShirley},
+    {"ggx", SpecularModel::GGX},
+};
+
+constexpr Choice<DiffuseModel> kDiffuseModels[] = {
+    {"lambert", DiffuseModel::Lambert},
+    {"oren-nayar", DiffuseModel::OrenNayar},
+};
+
 constexpr Choice<UpAxis> kUpAxes[] = {
     {"y", UpAxis::Y},
     {"z", UpAxis::Z},
@@ -246,13 +263,14 @@ void describe(QCommandLineParser& parser)
          QStringLiteral("Draw a wall of that many different textures, 1 to %1, by default with --manager array2d.")
              .arg(kLargestWall),
          QStringLiteral("count")},
+        {QStringLiteral("streamers"), QStringLiteral("Draw a wall of screens whose textures change in each frame.")},
         {QStringLiteral("texture"),
          QStringLiteral("Show a texture file (KTX, Radiance HDR, ASTC, or what Qt reads), a cube map as a cross."),
          QStringLiteral("file")},
         {QStringLiteral("level"), QStringLiteral("The level of the texture to show, 0 if not given, or all."),
          QStringLiteral("number")},
         {QStringLiteral("exposure"),
-         QStringLiteral("Brighten what the texture holds as light by so many stops, %1 to %2.")
+         QStringLiteral("Brighten the environment, or what a texture holds as light, by so many stops, %1 to %2.")
              .arg(-kMostStops)
              .arg(kMostStops),
          QStringLiteral("stops")},
@@ -267,6 +285,10 @@ void describe(QCommandLineParser& parser)
          QStringLiteral("axis")},
         {QStringLiteral("samples"),
          QStringLiteral("Samples per pixel against jagged edges, 1 to %1.").arg(kMostSamples), QStringLiteral("count")},
+        {QStringLiteral("aa"),
+         QStringLiteral("What smooths the edges of the finished picture, by default with one sample per pixel: %1.")
+             .arg(words(kAntiAliasingKinds, QStringLiteral(", "))),
+         QStringLiteral("how")},
         {QStringLiteral("draw-id"),
          QStringLiteral("How a draw's number reaches the shader: %1.")
              .arg(words(kDrawIdCarriers, QStringLiteral(", "))),
@@ -278,6 +300,16 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("manager"),
          QStringLiteral("How textures reach the shader: %1.").arg(words(kManagers, QStringLiteral(", "))),
          QStringLiteral("how")},
+        {QStringLiteral("env"),
+         QStringLiteral("Light the scene by a picture of what is around it, by latitude and longitude."),
+         QStringLiteral("file")},
+        {QStringLiteral("no-env"), QStringLiteral("Draw the built-in scene without its sky.")},
+        {QStringLiteral("specular"),
+         QStringLiteral("How surfaces mirror what is around: %1.").arg(words(kSpecularModels, QStringLiteral(", "))),
+         QStringLiteral("model")},
+        {QStringLiteral("diffuse"),
+         QStringLiteral("How they scatter it: %1.").arg(words(kDiffuseModels, QStringLiteral(" or "))),
+         QStringLiteral("model")},
         {QStringLiteral("shadows"),
          QStringLiteral("Light the scene with lights that cast shadows, as the built-in scene is.")},
         {QStringLiteral("no-shadows"), QStringLiteral("Light the scene with one light beside the camera.")},
@@ -295,6 +327,7 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("debug"),
          QStringLiteral("What to draw in place of the scene: %1.").arg(words(kDebugViews, QStringLiteral(", "))),
          QStringLiteral("what")},
+        {QStringLiteral("gizmos"), QStringLiteral("Draw a grid, the axes and where the lights stand.")},
         {QStringLiteral("stats"), QStringLiteral("Tell what a frame costs: counts, memory, time for each phase.")},
         frames,
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this and end.")},
@@ -328,6 +361,7 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     reader.read("azimuth", -3600.0f, 3600.0f, options.azimuth);
     reader.read("elevation", -90.0f, 90.0f, options.elevation);
     reader.read("samples", 1, kMostSamples, options.samples);
+    reader.read("aa", kAntiAliasingKinds, options.settings.antiAliasing);
     reader.read("up", kUpAxes, options.upAxis);
     reader.read("draw-id", kDrawIdCarriers, options.settings.drawIdCarrier);
     reader.read("carrier", kRecordCarriers, options.settings.recordCarrier);
@@ -336,6 +370,10 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     reader.read("exposure", -kMostStops, kMostStops, options.exposure);
     reader.read("manager", kManagers, options.settings.manager);
     reader.read("debug", kDebugViews, options.settings.debugView);
+    EnvironmentSettings& environment = options.settings.environment;
+    reader.readText("env", "a file name", environment.path);
+    reader.read("specular", kSpecularModels, environment.specular);
+    reader.read("diffuse", kDiffuseModels, environment.diffuse);
     reader.read("csm", 1, kMostCascades, options.settings.lights.cascades);
     reader.read("shadow-maps", kShadowMapKinds, options.settings.shadowMaps);
     reader.readLights("lights", options.settings.lights);
@@ -354,23 +392,36 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     if (wantsShadows || parser.isSet(QStringLiteral("no-shadows")))
         options.shadows = wantsShadows;
 
+    if (options.settings.antiAliasing != AntiAliasingKind::None && options.samples == 0)
+        options.samples = 1;
     options.window = parser.isSet(QStringLiteral("window"));
     options.builtIn = parser.isSet(QStringLiteral("builtin"));
+    options.noEnvironment = parser.isSet(QStringLiteral("no-env"));
     options.stats = parser.isSet(QStringLiteral("stats"));
+    options.settings.gizmos = parser.isSet(QStringLiteral("gizmos"));
+    options.streamers = parser.isSet(QStringLiteral("streamers"));
 
     const QStringList paths = parser.positionalArguments();
     if (paths.size() > 1)
         return failure(QStringLiteral("more than one model is named: '%1' and '%2'").arg(paths[0], paths[1]));
     if (!paths.isEmpty() && options.builtIn)
         return failure(QStringLiteral("--builtin and the model '%1' exclude each other").arg(paths[0]));
+    if (options.streamers && (options.builtIn || options.crowd > 0 || options.textures > 0 || !paths.isEmpty()))
+        return failure(QStringLiteral("--streamers and another scene exclude each other"));
     if (options.crowd > 0 && (options.builtIn || !paths.isEmpty()))
         return failure(QStringLiteral("--crowd and another scene exclude each other"));
-    if (!options.texturePath.isEmpty() &&
-        (options.textures > 0 || options.crowd > 0 || options.builtIn || options.window || !paths.isEmpty()))
+    if (!options.texturePath.isEmpty() && (options.textures > 0 || options.crowd > 0 || options.builtIn ||
+                                           options.streamers || options.window || !paths.isEmpty()))
         return failure(QStringLiteral("--texture excludes a scene and --window"));
-    if (options.texturePath.isEmpty() &&
-        (parser.isSet(QStringLiteral("level")) || parser.isSet(QStringLiteral("exposure"))))
-        return failure(QStringLiteral("--level and --exposure want --texture"));
+    if (options.texturePath.isEmpty() && parser.isSet(QStringLiteral("level")))
+        return failure(QStringLiteral("--level wants --texture"));
+    if (!options.texturePath.isEmpty() && !environment.path.isEmpty())
+        return failure(QStringLiteral("--texture and --env exclude each other"));
+    if (options.noEnvironment && !environment.path.isEmpty())
+        return failure(QStringLiteral("--env and --no-env exclude each other"));
+    if (options.exposure && !paths.isEmpty() && environment.path.isEmpty())
+        return failure(QStringLiteral("--exposure wants --env or --texture"));
+    environment.exposure = options.exposure;
     if (options.textures > 0 && (options.crowd > 0 || options.builtIn || !paths.isEmpty()))
         return failure(QStringLiteral("--textures and another scene exclude each other"));
     if (options.textures > 0 && !parser.isSet(QStringLiteral("manager")))

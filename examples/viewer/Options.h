@@ -26,13 +26,15 @@ struct Options
     UpAxis upAxis = UpAxis::Y;
     RenderSettings settings;
     std::optional<bool> shadows; ///< not given: in the built-in scene
+    bool noEnvironment = false;  ///< not even in the built-in scene
     bool builtIn = false;
     int crowd = 0;                       ///< instances of the crowd scene; 0 is no crowd
     QString texturePath;                 ///< a texture file that is shown in place of a scene
     std::optional<int> textureLevel = 0; ///< nothing: all levels
     std::optional<float> exposure;
-    int textures = 0; ///< panels of the wall of textures; 0 is no wall
-    QString camera;   ///< name or number of one of the file's cameras; empty: orbiting
+    int textures = 0;       ///< panels of the wall of textures; 0 is no wall
+    bool streamers = false; ///< the wall of screens
+    QString camera;         ///< name or number of one of the file's cameras; empty: orbiting
     bool stats = false;
     bool window = false;
 

@@ -5,6 +5,10 @@
 
 #include "SceneLights.h"
 
+#include <QString>
+
+#include <optional>
+
 namespace vrkview
 {
 
@@ -50,15 +54,49 @@ enum class ShadowMapKind
     Variance, ///< depth and its square, smoothed
 };
 
+/// How surfaces mirror an environment.
+enum class SpecularModel
+{
+    BlinnPhong,
+    AshikhminShirley,
+    GGX,
+};
+
+/// How they scatter it.
+enum class DiffuseModel
+{
+    Lambert,
+    OrenNayar,
+};
+
+struct EnvironmentSettings
+{
+    QString path; ///< empty: there is none
+    std::optional<float> exposure;
+    SpecularModel specular = SpecularModel::GGX;
+    DiffuseModel diffuse = DiffuseModel::Lambert;
+};
+
+/// What smooths the edges of a finished picture.
+enum class AntiAliasingKind
+{
+    None,
+    FXAA,
+    SMAA,
+};
+
 struct RenderSettings
 {
     DrawIdCarrier drawIdCarrier = DrawIdCarrier::Automatic;
     RecordCarrier recordCarrier = RecordCarrier::UniformBuffer;
     ManagerKind manager = ManagerKind::Sampler;
     DebugView debugView = DebugView::None;
+    bool gizmos = false;  ///< grid, axes and where the lights are
     bool shadows = false; ///< lights of the scene that cast shadows, in place of one that stays beside the camera
     ShadowMapKind shadowMaps = ShadowMapKind::Plain;
     LightSettings lights;
+    EnvironmentSettings environment;
+    AntiAliasingKind antiAliasing = AntiAliasingKind::None;
 };
 
 } // namespace vrkview

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "RenderTarget.h"
 
+#include "AntiAliasing.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -36,12 +38,14 @@ void forgetErrors()
 
 } // namespace
 
+RenderTarget::RenderTarget() = default;
+
 RenderTarget::~RenderTarget()
 {
     destroy();
 }
 
-bool RenderTarget::create(const QSize& size, int samples, QString& error)
+bool RenderTarget::create(const QSize& size, int samples, AntiAliasingKind antiAliasing, QString& error)
 {
     destroy();
     const int largest = largestSide();
@@ -57,7 +61,8 @@ bool RenderTarget::create(const QSize& size, int samples, QString& error)
     const int driverSamples = std::max(1, limit(GL_MAX_SAMPLES));
     const bool fitsTwice = 2 * std::max(size.width(), size.height()) <= largest;
     const int scale = samples > driverSamples && fitsTwice ? 2 : 1;
-    const int drawnSamples = std::clamp(samples / (scale * scale), 1, driverSamples);
+    const int wantedSamples = std::clamp(samples / (scale * scale), 1, driverSamples);
+    const int drawnSamples = wantedSamples == 1 ? 0 : wantedSamples; // a driver may take 1 for the fewest that it has
 
     forgetErrors();
     const QSize drawnSize = size * scale;
@@ -74,7 +79,11 @@ bool RenderTarget::create(const QSize& size, int samples, QString& error)
         return false;
     }
     _size = size;
-    return true;
+    _antiAliasing = std::make_unique<AntiAliasing>();
+    if (_antiAliasing->create(antiAliasing, size, error))
+        return true;
+    destroy();
+    return false;
 }
 
 void RenderTarget::destroy()
@@ -82,6 +91,7 @@ void RenderTarget::destroy()
     destroyLayer(_drawn);
     destroyLayer(_averaged);
     destroyLayer(_resolved);
+    _antiAliasing.reset();
     _size = QSize();
 }
 
@@ -102,6 +112,8 @@ void RenderTarget::resolve()
     }
     else
         copy(_drawn, _resolved, GL_NEAREST);
+    if (_antiAliasing)
+        _antiAliasing->apply(_resolved.framebuffer);
 }
 
 QImage RenderTarget::read()

@@ -3,19 +3,25 @@
 // back or for showing. Plain OpenGL through the library's function table.
 #pragma once
 
+#include "RenderSettings.h"
+
 #include <VrkGL/GLFunctions.h>
 
 #include <QImage>
 #include <QSize>
 #include <QString>
 
+#include <memory>
+
 namespace vrkview
 {
+
+class AntiAliasing;
 
 class RenderTarget
 {
 public:
-    RenderTarget() = default;
+    RenderTarget();
     ~RenderTarget();
     RenderTarget(const RenderTarget&) = delete;
     RenderTarget& operator=(const RenderTarget&) = delete;
@@ -23,8 +29,8 @@ public:
     /// Makes framebuffers for a picture of `size` pixels with about `samples` samples a pixel. Where the driver has
     /// fewer, drawing is done twice as large in each direction, if the driver's limits allow. On false `error` says in
     /// one line why it can't be, such as a size beyond the driver's limit, and nothing is held. All operations want the
-    /// same context current; so does the destructor.
-    bool create(const QSize& size, int samples, QString& error);
+    /// same context current; so does the destructor. `antiAliasing` works on what the samples gave.
+    bool create(const QSize& size, int samples, AntiAliasingKind antiAliasing, QString& error);
     void destroy();
 
     QSize size() const
@@ -35,7 +41,7 @@ public:
     /// Directs drawing into this target and sets the viewport to all of it.
     void bind();
 
-    /// Averages the samples down. Between the last draw and `read` or `show`.
+    /// Averages the samples down, and smooths what comes of it. Between the last draw and `read` or `show`.
     void resolve();
 
     /// The resolved picture, top row first, opaque.
@@ -61,6 +67,7 @@ private:
     Layer _drawn;    // multisampled, perhaps twice as large
     Layer _averaged; // as large as _drawn; absent where that is no larger than the picture
     Layer _resolved; // as large as the picture
+    std::unique_ptr<AntiAliasing> _antiAliasing;
 };
 
 } // namespace vrkview

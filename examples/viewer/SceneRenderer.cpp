@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "SceneRenderer.h"
 
+#include "Environment.h"
+#include "Gizmos.h"
 #include "ModelTextures.h"
 #include "Scene.h"
 #include "ScenePlans.h"
@@ -140,21 +142,41 @@ bool SceneRenderer::create(const Model& model, const RenderSettings& settings, Q
         _macroProcessor.addDefine(QStringLiteral("VRKVIEW_SHADOWS"), QStringLiteral("1"));
         ShadowMapManager::setup(&_macroProcessor, settings.shadowMaps == ShadowMapKind::Variance ? 1 : 0);
     }
+    if (!settings.environment.path.isEmpty())
+    {
+        _macroProcessor.addDefine(QStringLiteral("VRKVIEW_ENVIRONMENT"), QStringLiteral("1"));
+        _environment = std::make_unique<Environment>();
+        if (!_environment->create(settings.environment, error))
+            return false;
+    }
     if (!buildPrograms(settings, error))
         return false;
 
     const QSharedPointer<BufferObject> frameBuffer = OpenGLDeviceContext::current()->newBuffer();
     frameBuffer->setTarget(GL_UNIFORM_BUFFER);
     _frame = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Frame"), frameBuffer);
-    const ModelTextures textures(*_textures, model);
+    const ModelTextures textures(*_textures, _streamers, model);
     if (settings.manager == ManagerKind::Array2D || settings.manager == ManagerKind::Array2DBindless)
         _textures->bind(textures.tokens()); // places for all before the first draw, or the slots grow with each list
     _scene = std::make_unique<Scene>(model, textures, *_textures, *_plans, _byBaseInstance);
-    return !settings.shadows || createLights(model, settings, error);
+    const Bounds bounds = boundsIn(_scene->worldFromScene().inverted(), model);
+    std::vector<SceneLight> lights;
+    if (settings.shadows)
+    {
+        lights = makeLights(settings.lights, bounds);
+        if (!createLights(lights, bounds, settings.shadowMaps, error))
+            return false;
+    }
+    if (!settings.gizmos)
+        return true;
+    _gizmos = std::make_unique<Gizmos>();
+    return _gizmos->create(bounds, lights, _macroProcessor, error);
 }
 
 void SceneRenderer::destroy()
 {
+    _gizmos.reset();
+    _environment.reset();
     _shadows.reset();
     _lights.reset();
     _scene.reset();
@@ -162,6 +184,7 @@ void SceneRenderer::destroy()
     if (_textures)
         TextureManager::setInstance(nullptr);
     _textures.reset();
+    _streamers = {};
     _frame.reset();
     _debugProgram.reset();
     _depthProgram.reset();
@@ -234,7 +257,8 @@ SceneRenderer::Program SceneRenderer::newSceneProgram(const QString& fragmentNam
 
 bool SceneRenderer::buildPrograms(const RenderSettings& settings, QString& error)
 {
-    _backgroundProgram = newProgram(QStringLiteral("background"), QStringLiteral("background"));
+    const QString background = _environment ? QStringLiteral("sky") : QStringLiteral("background");
+    _backgroundProgram = newProgram(background, background);
     _sceneProgram = newSceneProgram(QStringLiteral("scene"));
     if (settings.shadows)
     {
@@ -258,14 +282,13 @@ bool SceneRenderer::buildDebugProgram(DebugView debugView, QString& error)
     return link(*_debugProgram, isSlots ? "slots" : "shadow map", error);
 }
 
-bool SceneRenderer::createLights(const Model& model, const RenderSettings& settings, QString& error)
+bool SceneRenderer::createLights(const std::vector<SceneLight>& lights, const Bounds& bounds, ShadowMapKind kind,
+                                 QString& error)
 {
-    const Bounds bounds = boundsIn(_scene->worldFromScene().inverted(), model);
-    const std::vector<SceneLight> lights = makeLights(settings.lights, bounds);
     _shadowRadius = kShadowRadius * bounds.radius();
     uploadLights(lights);
     _shadows = std::make_unique<ShadowMaps>();
-    return _shadows->create(lights, bounds, settings.shadowMaps, error);
+    return _shadows->create(lights, bounds, kind, error);
 }
 
 void SceneRenderer::uploadLights(const std::vector<SceneLight>& lights)
@@ -302,6 +325,11 @@ void SceneRenderer::animate(double seconds)
     QElapsedTimer timer;
     timer.start();
     _scene->animate(seconds);
+    if (!_streamers.isEmpty())
+    {
+        _streamers.advance();
+        _textures->updateTextureStreamers();
+    }
     _stats.animate = milliseconds(timer);
 }
 
@@ -316,8 +344,10 @@ void SceneRenderer::draw(const View& view)
     updateFrame(view.clipFromView * view.viewFromScene, view.viewFromScene);
     glDepthMask(GL_TRUE);
     glClear(GL_DEPTH_BUFFER_BIT);
-    drawQuad(*_backgroundProgram);
+    drawBackground();
     drawScene(view); // which fills the slots
+    if (_gizmos)
+        _gizmos->draw(*_frame);
     if (_debugProgram)
         drawDebugView();
 }
@@ -359,6 +389,22 @@ void SceneRenderer::drawShadows(const View& view)
     countDraws(); // so that those of the scene begin at 0
 }
 
+void SceneRenderer::drawBackground()
+{
+    const AutoBinder programBound(_backgroundProgram.get());
+    if (_environment)
+    {
+        _frame->bind(_backgroundProgram.get());
+        _environment->bind(*_backgroundProgram);
+    }
+    drawQuad(*_backgroundProgram);
+    if (_environment)
+    {
+        _environment->unbind();
+        _frame->unbind(_backgroundProgram.get());
+    }
+}
+
 void SceneRenderer::drawQuad(ShaderProgram& program)
 {
     const AutoDisabler noDepthTest(GL_DEPTH_TEST);
@@ -386,6 +432,8 @@ void SceneRenderer::drawDebugView()
 void SceneRenderer::bindSceneProgram()
 {
     _frame->bind(_sceneProgram.get());
+    if (_environment)
+        _environment->bind(*_sceneProgram);
     if (!_shadows)
         return;
     _lights->bind(_sceneProgram.get());
@@ -399,6 +447,8 @@ void SceneRenderer::unbindSceneProgram()
         _shadows->unbind(*_sceneProgram);
         _lights->unbind(_sceneProgram.get());
     }
+    if (_environment)
+        _environment->unbind();
     _frame->unbind(_sceneProgram.get());
 }
 

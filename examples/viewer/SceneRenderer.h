@@ -7,6 +7,7 @@
 #include "Model.h"
 #include "OrbitCamera.h"
 #include "RenderSettings.h"
+#include "Streamers.h"
 
 #include <VrkGL/GLSLMacroProcessor.h>
 
@@ -26,6 +27,8 @@ class UniformBufferObject;
 namespace vrkview
 {
 
+class Environment;
+class Gizmos;
 class Scene;
 class ScenePlans;
 class ShadowMaps;
@@ -77,9 +80,10 @@ private:
     Program newSceneProgram(const QString& fragmentName);
     bool buildPrograms(const RenderSettings& settings, QString& error);
     bool buildDebugProgram(DebugView debugView, QString& error);
-    bool createLights(const Model& model, const RenderSettings& settings, QString& error);
+    bool createLights(const std::vector<SceneLight>& lights, const Bounds& bounds, ShadowMapKind kind, QString& error);
     void uploadLights(const std::vector<SceneLight>& lights);
     void updateFrame(const QMatrix4x4& clipFromScene, const QMatrix4x4& viewFromScene);
+    void drawBackground();
     void drawQuad(Harrow::Vrk::ShaderProgram& program);
     void drawDebugView();
     void drawShadows(const View& view);
@@ -95,11 +99,14 @@ private:
     Program _debugProgram; // null unless a debug view is what is drawn
     DebugView _debugView = DebugView::None;
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _frame;
+    Streamers _streamers;                                   // the manager owns them
     std::shared_ptr<Harrow::Vrk::TextureManager> _textures; // not shared, but it knows how its kind is deleted
     std::unique_ptr<ScenePlans> _plans;
     std::unique_ptr<Scene> _scene;
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _lights; // null without shadows, as is the next
     std::unique_ptr<ShadowMaps> _shadows;
+    std::unique_ptr<Environment> _environment; // null without one
+    std::unique_ptr<Gizmos> _gizmos;           // null without them
     float _shadowRadius = 0.0f;
     bool _byBaseInstance = false;
     FrameStats _stats;

@@ -18,6 +18,7 @@ namespace
 
 constexpr qint64 kQuietMilliseconds = 500;
 
+const char* programName = "vrkview";
 QStringList keptMessages;
 QString fatalReplacement;
 
@@ -48,6 +49,11 @@ QByteArray asOneLine(QString text)
 
 } // namespace
 
+void setProgramName(const char* name)
+{
+    programName = name;
+}
+
 int fail(const QString& text)
 {
     remark(text);
@@ -56,7 +62,7 @@ int fail(const QString& text)
 
 void remark(const QString& text)
 {
-    std::fprintf(stderr, "vrkview: %s\n", asOneLine(text).constData());
+    std::fprintf(stderr, "%s: %s\n", programName, asOneLine(text).constData());
     std::fflush(stderr);
 }
 

@@ -12,6 +12,9 @@
 namespace vrkview
 {
 
+/// What the lines of this program begin with, in place of "vrkview". `name` must last as long as the program.
+void setProgramName(const char* name);
+
 /// Writes "vrkview: " and `text` as exactly one line to standard error; line breaks and other control characters in
 /// `text` become blanks. Returns 1, the exit code of every failure.
 int fail(const QString& text);

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <cmath>
 
 namespace vrkview
@@ -51,8 +52,10 @@ bool Window::create(const Model& model, const OrbitCamera& home, int samples, co
                     const QString& fileCamera, QString& error)
 {
     _samples = samples;
+    _antiAliasing = settings.antiAliasing;
     _fileCamera = fileCamera;
-    _moves = !model.motions.empty();
+    const auto changes = [](const Image& image) { return image.streamer.has_value(); };
+    _moves = !model.motions.empty() || std::any_of(model.images.begin(), model.images.end(), changes);
     _sinceStart.start();
     _outline.bounds = model.bounds;
     _outline.extremes = model.extremes;
@@ -106,7 +109,7 @@ void Window::drawFrame()
     if (!isExposed() || !_error.isEmpty() || !_context.makeCurrent(this))
         return;
     const QSize pixels = sizeInPixels();
-    if (_target.size() != pixels && !_target.create(pixels, _samples, _error))
+    if (_target.size() != pixels && !_target.create(pixels, _samples, _antiAliasing, _error))
     {
         QTimer::singleShot(0, this, &QWindow::close);
         return;

@@ -96,6 +96,7 @@ private:
     QString _error;
     QImage _lastFrame;
     int _samples = 1;
+    AntiAliasingKind _antiAliasing = AntiAliasingKind::None;
     int _frameLimit = 0;
     int _framesDrawn = 0;
     bool _framed = true; // neither zoomed nor panned: resizing frames the model anew

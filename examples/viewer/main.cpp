@@ -12,6 +12,7 @@
 #include "PictureFile.h"
 #include "RenderTarget.h"
 #include "SceneRenderer.h"
+#include "ScreenWall.h"
 #include "Terminal.h"
 #include "TextureSheet.h"
 #include "TextureWall.h"
@@ -49,6 +50,9 @@ constexpr int kImageMegabytes = 1024;
 constexpr int kFramesOfStats = 20;
 constexpr double kSecondsPerFrame = 1.0 / 60.0;
 
+// The environment of the built-in scene.
+constexpr char kSky[] = ":/vrkview/sky.hdr";
+
 struct Angles
 {
     float azimuth = 35.0f;
@@ -78,9 +82,9 @@ const DefaultModel* defaultModel()
 void chooseModel(Options& options)
 {
     Angles view;
-    if (options.textures > 0)
+    if (options.textures > 0 || options.streamers)
         view = {0.0f, 0.0f}; // the wall faces this way
-    if (options.builtIn || options.crowd > 0 || options.textures > 0)
+    if (options.builtIn || options.crowd > 0 || options.textures > 0 || options.streamers)
         options.modelPath.clear();
     else if (options.modelPath.isEmpty())
     {
@@ -90,8 +94,11 @@ void chooseModel(Options& options)
             view = chosen->view;
         }
     }
-    const bool isBuiltIn = options.modelPath.isEmpty() && options.crowd == 0 && options.textures == 0;
+    const bool isBuiltIn =
+        options.modelPath.isEmpty() && options.crowd == 0 && options.textures == 0 && !options.streamers;
     options.settings.shadows = options.shadows.value_or(isBuiltIn);
+    if (isBuiltIn && options.settings.environment.path.isEmpty() && !options.noEnvironment)
+        options.settings.environment.path = QLatin1String(kSky);
     options.azimuth = options.azimuth.value_or(view.azimuth);
     options.elevation = options.elevation.value_or(view.elevation);
 }
@@ -106,6 +113,11 @@ bool loadModel(const Options& options, Model& model, QString& error)
     if (options.textures > 0)
     {
         model = makeTextureWall(options.textures);
+        return true;
+    }
+    if (options.streamers)
+    {
+        model = makeScreenWall();
         return true;
     }
     if (options.modelPath.isEmpty())
@@ -208,7 +220,7 @@ bool drawPicture(const Options& options, const Model& model, QImage& picture, QS
     SceneRenderer renderer;
     View view;
     const int samples = options.samples > 0 ? options.samples : kPictureSamples;
-    if (!startDriver(driver, error) || !target.create(options.size, samples, error) ||
+    if (!startDriver(driver, error) || !target.create(options.size, samples, options.settings.antiAliasing, error) ||
         !renderer.create(model, options.settings, error) || !chooseView(options, model, renderer, view, error))
         return false;
 
@@ -225,7 +237,7 @@ bool drawSheet(const Options& options, QImage& picture, QString& description, QS
     RenderTarget target;
     TextureSheet sheet;
     QString driver;
-    if (!startDriver(driver, error) || !target.create(options.size, 1, error) ||
+    if (!startDriver(driver, error) || !target.create(options.size, 1, options.settings.antiAliasing, error) ||
         !sheet.create({options.texturePath, options.textureLevel, options.exposure}, error))
         return false;
     target.bind();

@@ -102,6 +102,41 @@ TEST(OptionsTest, CascadesAndMapsAreTaken)
     expectError({"--shadow-maps", "soft"}, QStringLiteral("one of plain, variance"));
 }
 
+TEST(OptionsTest, AnEnvironmentAndItsModelsAreTaken)
+{
+    const EnvironmentSettings plain = parse({"--env", "sky.hdr"}).options.settings.environment;
+    EXPECT_EQ(plain.path, QStringLiteral("sky.hdr"));
+    EXPECT_EQ(plain.specular, SpecularModel::GGX);
+    EXPECT_EQ(plain.diffuse, DiffuseModel::Lambert);
+    EXPECT_FALSE(plain.exposure.has_value());
+    const EnvironmentSettings other =
+        parse({"--env", "sky.hdr", "--specular", "blinn-phong", "--diffuse", "oren-nayar", "--exposure", "-1.5"})
+            .options.settings.environment;
+    EXPECT_EQ(other.specular, SpecularModel::BlinnPhong);
+    EXPECT_EQ(other.diffuse, DiffuseModel::OrenNayar);
+    EXPECT_EQ(other.exposure, -1.5f);
+    EXPECT_EQ(parse({"--specular", "ashikhmin-shirley"}).options.settings.environment.specular,
+              SpecularModel::AshikhminShirley);
+    expectError({"--specular", "mirror"}, QStringLiteral("one of blinn-phong, ashikhmin-shirley, ggx"));
+    expectError({"--diffuse", "chalk"}, QStringLiteral("one of lambert, oren-nayar"));
+    expectError({"--env", ""}, QStringLiteral("a file name"));
+    EXPECT_FALSE(parse({}).options.noEnvironment);
+    EXPECT_TRUE(parse({"--no-env"}).options.noEnvironment);
+    expectError({"--no-env", "--env", "a.hdr"}, QStringLiteral("exclude each other"));
+    expectError({"--env", "a.hdr", "--texture", "b.hdr"}, QStringLiteral("exclude each other"));
+}
+
+TEST(OptionsTest, SmoothingComesWithOneSampleUnlessToldOtherwise)
+{
+    EXPECT_EQ(parse({}).options.settings.antiAliasing, AntiAliasingKind::None);
+    EXPECT_EQ(parse({"--aa", "fxaa"}).options.settings.antiAliasing, AntiAliasingKind::FXAA);
+    EXPECT_EQ(parse({"--aa", "fxaa"}).options.samples, 1);
+    EXPECT_EQ(parse({"--aa", "none"}).options.samples, 0);
+    EXPECT_EQ(parse({"--aa", "smaa", "--samples", "4"}).options.settings.antiAliasing, AntiAliasingKind::SMAA);
+    EXPECT_EQ(parse({"--aa", "smaa", "--samples", "4"}).options.samples, 4);
+    expectError({"--aa", "taa"}, QStringLiteral("one of none, fxaa, smaa"));
+}
+
 TEST(OptionsTest, CrowdIsTaken)
 {
     EXPECT_EQ(parse({"--crowd", "1"}).options.crowd, 1);
@@ -167,8 +202,9 @@ TEST(OptionsTest, ATextureIsShownWithItsLevelAndExposure)
     for (const char* stops : {"", "25", "-25", "nan", "bright"})
         expectError({"--texture", "a.ktx", "--exposure", stops}, QStringLiteral("a number from -24 to 24"));
     expectError({"--texture", ""}, QStringLiteral("a file name"));
-    expectError({"--level", "1"}, QStringLiteral("want --texture"));
-    expectError({"--exposure", "1"}, QStringLiteral("want --texture"));
+    expectError({"--level", "1"}, QStringLiteral("wants --texture"));
+    expectError({"a.obj", "--exposure", "1"}, QStringLiteral("wants --env or --texture"));
+    EXPECT_EQ(parse({"--exposure", "1"}).outcome, ParsedOptions::Outcome::Run) << "of the sky of the built-in scene";
     for (const QStringList& scene : {QStringList{"--builtin"}, QStringList{"--crowd", "3"}, QStringList{"--window"},
                                      QStringList{"a.obj"}, QStringList{"--textures", "4"}})
         expectError(QStringList{"--texture", "a.ktx"} + scene, QStringLiteral("--texture excludes a scene"));
@@ -200,11 +236,11 @@ TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
 {
     const ParsedOptions parsed = parse({"--help"});
     EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
-    for (const char* option :
-         {"--output",   "--size",       "--window",  "--builtin", "--azimuth",    "--elevation", "--up",
-          "--samples",  "--draw-id",    "--carrier", "--manager", "--textures",   "--texture",   "--level",
-          "--exposure", "--debug",      "--crowd",   "--camera",  "--stats",      "--help",      "--version",
-          "--shadows",  "--no-shadows", "--lights",  "--csm",     "--shadow-maps"})
+    for (const char* option : {"--output",   "--size",    "--window",   "--builtin", "--azimuth",    "--elevation",
+                               "--up",       "--samples", "--draw-id",  "--carrier", "--manager",    "--textures",
+                               "--texture",  "--level",   "--exposure", "--debug",   "--crowd",      "--camera",
+                               "--stats",    "--help",    "--version",  "--shadows", "--no-shadows", "--env",
+                               "--specular", "--diffuse", "--lights",   "--csm",     "--shadow-maps"})
         EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
 }

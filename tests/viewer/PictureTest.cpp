@@ -85,21 +85,31 @@ void expectAlike(const QImage& a, const QImage& b, int largest, const char* name
     EXPECT_LE(steps.largest, largest);
 }
 
+// The built-in scene under the plain light, where its own light is not what matters.
+const QStringList kPlainScene = {"--builtin", "--no-env", "--no-shadows"};
 const QStringList kSmall = {"--size", "320x200"};
 
 } // namespace
 
 TEST(ViewerPictureTest, BuiltInSceneIsFramedAndColorful)
 {
-    const QImage picture = drawWithViewer(QStringList{"--builtin"} + kSmall);
+    const QImage picture = drawWithViewer(QStringList{"--builtin", "--no-env"} + kSmall);
     ASSERT_EQ(picture.size(), QSize(320, 200));
     expectFramed(picture);
     EXPECT_GT(colorsOf(picture), 3000);
 }
 
+TEST(ViewerPictureTest, BuiltInSceneStandsUnderItsSky)
+{
+    const QImage picture = drawWithViewer({"--builtin", "--size", "160x100", "--samples", "1", "--elevation", "-5"});
+    const QRgb above = picture.pixel(5, 2);
+    EXPECT_GT(qBlue(above), qRed(above)) << "the sky is blue";
+    EXPECT_GT(qBlue(above), 100);
+}
+
 TEST(ViewerPictureTest, TallPicturesAreFramedToo)
 {
-    expectFramed(drawWithViewer({"--builtin", "--size", "160x320"}));
+    expectFramed(drawWithViewer(kPlainScene + QStringList{"--size", "160x320"}));
 }
 
 TEST(ViewerPictureTest, WithoutArgumentsAPictureAppearsBesideTheProgramAndItsPathIsPrinted)
@@ -133,7 +143,7 @@ TEST(ViewerPictureTest, ARelativeOutputPathIsPrintedAsAbsolute)
 TEST(ViewerPictureTest, TheSameCommandGivesTheSameBytes)
 {
     const ModelFolder folder;
-    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QStringList command = kPlainScene + kSmall;
     ASSERT_EQ(runViewer(command + QStringList{"-o", folder.path("a.png")}).exitCode, 0);
     ASSERT_EQ(runViewer(command + QStringList{"-o", folder.path("b.png")}).exitCode, 0);
     EXPECT_EQ(bytesOf(folder.path("a.png")), bytesOf(folder.path("b.png")));
@@ -161,7 +171,7 @@ TEST(ViewerPictureTest, PicturesAreOpaque)
 
 TEST(ViewerPictureTest, BothCarriersOfTheDrawIdGiveTheSamePicture)
 {
-    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QStringList command = kPlainScene + kSmall;
     const QImage byUniform = drawWithViewer(command + QStringList{"--draw-id", "uniform"});
     const QImage byBaseInstance = drawWithViewer(command + QStringList{"--draw-id", "base-instance"});
     expectAlike(byUniform, byBaseInstance, 0, "draw id by uniform and by base instance");
@@ -170,7 +180,7 @@ TEST(ViewerPictureTest, BothCarriersOfTheDrawIdGiveTheSamePicture)
 TEST(ViewerPictureTest, EveryRoadOfRecordsAndDrawNumbersGivesTheSamePicture)
 {
     // Mirrored and turned instances, several meshes, metal and chalk.
-    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QStringList command = kPlainScene + kSmall;
     const QImage expected = drawWithViewer(command);
     for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture", "ssbo"})
         for (const char* drawId : {"uniform", "base-instance"})
@@ -186,7 +196,7 @@ TEST(ViewerPictureTest, EveryRoadOfRecordsAndDrawNumbersGivesTheSamePicture)
 
 TEST(ViewerPictureTest, EveryRoadOfRecordsGivesTheSamePictureOnTheFloor)
 {
-    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QStringList command = kPlainScene + kSmall;
     const QImage expected = drawWithViewer(command);
     for (const char* carrier : {"ubo", "uniform", "buffer-texture", "texture"})
         for (const char* manager : {"sampler", "array2d"})
@@ -209,7 +219,7 @@ TEST(ViewerPictureTest, ACrowdIsDrawnByEveryRoad)
 
 TEST(ViewerPictureTest, TheFloorProfileGivesTheSamePicture)
 {
-    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QStringList command = kPlainScene + kSmall;
     expectAlike(drawWithViewer(command), drawWithViewer(command, kFloor), 0, "full and floor profile");
 }
 
@@ -324,7 +334,7 @@ TEST(ViewerPictureTest, MoreSamplesSmoothEdgesAndChangeNothingElse)
 
 TEST(ViewerPictureTest, AnglesChangeTheView)
 {
-    const QStringList command = QStringList{"--builtin"} + kSmall;
+    const QStringList command = kPlainScene + kSmall;
     const QImage front = drawWithViewer(command + QStringList{"--azimuth", "0"});
     const QImage back = drawWithViewer(command + QStringList{"--azimuth", "180"});
     expectFramed(front);
@@ -334,7 +344,7 @@ TEST(ViewerPictureTest, AnglesChangeTheView)
 
 TEST(ViewerPictureTest, AFullTurnGivesTheSamePicture)
 {
-    const QStringList command = QStringList{"--builtin", "--elevation", "10"} + kSmall;
+    const QStringList command = kPlainScene + QStringList{"--elevation", "10"} + kSmall;
     EXPECT_LE(difference(drawWithViewer(command + QStringList{"--azimuth", "30"}),
                          drawWithViewer(command + QStringList{"--azimuth", "390"}))
                   .largest,

@@ -11,9 +11,8 @@
 namespace
 {
 constexpr int kPatienceMilliseconds = 240000; // sanitizer builds on a busy machine
-}
 
-ViewerRun runViewer(const QStringList& arguments, const Environment& environment, const QStringList& launcher)
+ViewerRun runCommand(QStringList command, const Environment& environment)
 {
     QProcessEnvironment childEnvironment = QProcessEnvironment::systemEnvironment();
     for (const auto& [name, value] : environment)
@@ -23,7 +22,6 @@ ViewerRun runViewer(const QStringList& arguments, const Environment& environment
         else
             childEnvironment.insert(name, value);
     }
-    QStringList command = launcher + QStringList{QStringLiteral(VRKVIEW_PROGRAM)} + arguments;
     QProcess process;
     process.setProcessEnvironment(childEnvironment);
     process.setProgram(command.takeFirst());
@@ -41,6 +39,17 @@ ViewerRun runViewer(const QStringList& arguments, const Environment& environment
         process.waitForFinished();
     }
     return run;
+}
+} // namespace
+
+ViewerRun runViewer(const QStringList& arguments, const Environment& environment, const QStringList& launcher)
+{
+    return runCommand(launcher + QStringList{QStringLiteral(VRKVIEW_PROGRAM)} + arguments, environment);
+}
+
+ViewerRun runProgram(const QString& program, const QStringList& arguments, const Environment& environment)
+{
+    return runCommand(QStringList{program} + arguments, environment);
 }
 
 QImage drawWithViewer(const QStringList& arguments, const Environment& environment)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Runs vrkview as a child process and holds what it said.
+// Runs vrkview, or a program beside it, as a child process and holds what it said.
 #pragma once
 
 #include <QByteArray>
@@ -24,6 +24,9 @@ using Environment = QList<std::pair<QString, QString>>;
 /// `launcher`, if given, is a command (and its arguments) that gets vrkview's command line appended.
 ViewerRun runViewer(const QStringList& arguments, const Environment& environment = {},
                     const QStringList& launcher = {});
+
+/// The same of another program, by its path.
+ViewerRun runProgram(const QString& program, const QStringList& arguments, const Environment& environment = {});
 
 /// Runs vrkview with `--output` into a temporary file and returns the picture; fails the test, and returns a null
 /// image, where the run or its output is not as it should be.

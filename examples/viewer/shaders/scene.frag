@@ -8,6 +8,9 @@
 #include "DrawId.glslh"
 #instancedata "Material"
 #include "Picture.glslh"
+#ifdef VRKVIEW_ENVIRONMENT
+#include "Environment.glslh"
+#endif
 #ifdef VRKVIEW_SHADOWS
 #include "Lights.glslh"
 #include "ShadowMapManager.glslh"
@@ -126,18 +129,25 @@ void main()
     surface.mirrored += (max(vec3(1.0 - roughness), surface.mirrored) - surface.mirrored) * grazing;
     surface.sharpness = 2.0 / (roughness * roughness * roughness * roughness);
 
-    // Sky and ground around, and a rim; then lights, whose highlights have a size that follows the roughness.
-    Lit lit = Lit(skyAndGround(normal), skyAndGround(reflect(-toEye, normal)));
-    vec3 rim = kRim * grazing * (0.5 * normal.y + 0.5);
-#ifdef VRKVIEW_SHADOWS
-    lit.diffuse *= u_Ambient.rgb;
-    lit.specular *= u_Ambient.rgb;
-    rim *= u_Ambient.rgb;
-    addLights(lit, surface);
+    // What is around: an environment, or sky and ground with a rim. Then lights, whose highlights have a size that
+    // follows the roughness.
+#ifdef VRKVIEW_ENVIRONMENT
+    vec3 reflectance = mix(vec3(0.04), baseColor, metallic);
+    vec3 around = baseColor * (1.0 - metallic) * environmentDiffuse(normal) +
+                  environmentSpecular(reflect(-toEye, normal), towardsEye, roughness, reflectance);
 #else
+    vec3 around = baseColor * (1.0 - metallic) * skyAndGround(normal) +
+                  surface.mirrored * skyAndGround(reflect(-toEye, normal)) +
+                  kRim * grazing * (0.5 * normal.y + 0.5);
+#endif
+    Lit lit = Lit(vec3(0.0), vec3(0.0));
+#ifdef VRKVIEW_SHADOWS
+    around *= u_Ambient.rgb;
+    addLights(lit, surface);
+#elif !defined(VRKVIEW_ENVIRONMENT)
     addLight(lit, surface, kKey, u_ToKey.xyz);
 #endif
-    vec3 light = baseColor * (1.0 - metallic) * lit.diffuse + surface.mirrored * lit.specular + rim;
+    vec3 light = around + baseColor * (1.0 - metallic) * lit.diffuse + surface.mirrored * lit.specular;
 
     o_Color = vec4(displayed(light).rgb, mix(1.0, color.a, material.w));
 }
