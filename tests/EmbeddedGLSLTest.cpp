@@ -146,6 +146,48 @@ TEST(EmbeddedGLSL, ThereAreTheseFilesAndNoOthers)
     EXPECT_EQ(QDir(":/GLSL").entryList(QDir::AllEntries, QDir::Name), QStringList({"include", "src"}));
 }
 
+TEST(EmbeddedGLSL, HeadersHaveTheGuardsThatAreTheirInterface)
+{
+    const struct
+    {
+        const char* header;
+        const char* guard; // null: none
+    } rows[] = {{"VrkUtilities", "VRK_VRKUTILITIES_GLSLH"},
+                {"ShaderBitEncoding", "VRK_GLSL_SHADER_BIT_ENCODING_GLSLH"},
+                {"noise2D", "VRK_NOISE2D_GLSLH"},
+                {"VisibilityBuffer", nullptr},
+                {"DrawElementsIndirectCommand", nullptr}};
+    for (const auto& row : rows)
+    {
+        QStringList directives;
+        for (const QString& line : embedded(QStringLiteral("include/%1.glslh").arg(row.header)).split('\n'))
+            if (line.startsWith(QLatin1Char('#')))
+                directives.append(line);
+        if (row.guard == nullptr)
+        {
+            EXPECT_TRUE(directives.filter(QStringLiteral("if")).isEmpty()) << row.header;
+            continue;
+        }
+        ASSERT_GE(directives.size(), 3) << row.header;
+        EXPECT_EQ(directives[0], QStringLiteral("#ifndef %1").arg(row.guard));
+        EXPECT_EQ(directives[1], QStringLiteral("#define %1").arg(row.guard));
+        EXPECT_EQ(directives.last(), QStringLiteral("#endif // %1").arg(row.guard));
+    }
+}
+
+TEST(EmbeddedGLSL, ColorSpacesAreFiveFunctionsAndNoMore)
+{
+    const QRegularExpression definition(QStringLiteral("^(\\w+ \\w+\\(.*\\))$"), QRegularExpression::MultilineOption);
+    QStringList functions;
+    for (auto it = definition.globalMatch(embedded(QStringLiteral("src/Func_ColorSpace.glslc"))); it.hasNext();)
+        functions.append(it.next().captured(1));
+    EXPECT_EQ(
+        functions,
+        QStringList({"vec4 zelConvert_Linear_To_Linear(vec4 color)", "vec4 zelConvert_Linear_To_Gamma22(vec4 color)",
+                     "vec4 zelConvert_Gamma22_To_Linear(vec4 color)", "vec4 zelConvert_Linear_To_sRGB(vec4 color)",
+                     "vec4 zelConvert_sRGB_To_Linear(vec4 color)"}));
+}
+
 TEST(EmbeddedGLSL, FilesExpandWithoutWarnings)
 {
     for (QDirIterator it(QStringLiteral(":/GLSL"), QDir::Files, QDirIterator::Subdirectories); it.hasNext();)

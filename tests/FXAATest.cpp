@@ -62,8 +62,9 @@ struct Settings
 class PlainFXAA
 {
 public:
-    PlainFXAA(const FloatPicture& picture, const Preset& preset, const Settings& settings, bool isLumaAlpha = false)
-        : _picture(picture), _preset(preset), _settings(settings), _isLumaAlpha(isLumaAlpha)
+    PlainFXAA(const FloatPicture& picture, const Preset& preset, const Settings& settings, bool isLumaAlpha = false,
+              bool isAlphaKept = false)
+        : _picture(picture), _preset(preset), _settings(settings), _isLumaAlpha(isLumaAlpha), _isAlphaKept(isAlphaKept)
     {
     }
 
@@ -158,7 +159,8 @@ private:
         shift = std::max(shift, soft * soft * _settings.subpix);
 
         Color color = isHorizontal ? _picture.sample(cx, cy + side * shift) : _picture.sample(cx + side * shift, cy);
-        color.a = m;
+        if (!_isAlphaKept)
+            color.a = m;
         return color;
     }
 
@@ -166,6 +168,7 @@ private:
     const Preset& _preset;
     Settings _settings;
     bool _isLumaAlpha;
+    bool _isAlphaKept;
 };
 
 // ---- the passes ----------------------------------------------------------------------------------------------------
@@ -341,6 +344,20 @@ TEST_F(FXAAGL, TheSettingsCount)
     }
 }
 
+// The lumas differ by 0.75, the greater one is 0.875.
+TEST_F(FXAAGL, AContrastOfJustTheThresholdCounts)
+{
+    const auto program = fxaa();
+    ASSERT_TRUE(program);
+    const FloatPicture picture = edgeAt(20, kSize, kLight, kDark);
+    const Settings settings = {0.75, 0.5, 0.75};
+    const FloatPicture found = pass(*program, picture, settings);
+    EXPECT_PICTURES_NEAR(found, PlainFXAA(picture, kPresets[0], settings).result(), 2e-6, "at the threshold");
+    EXPECT_GT(difference(found, picture).greatest, 0.1);
+    EXPECT_EQ(difference(pass(*program, picture, {0.75, 0.5, 0.751}), picture).greatest, 0);
+    EXPECT_EQ(difference(pass(*program, picture, {0.75, 0.86, 0.0}), picture).greatest, 0);
+}
+
 TEST_F(FXAAGL, AlphaStandsForTheBrightnessWhereGreenDoesNot)
 {
     const auto program = fxaa(10, false);
@@ -365,12 +382,12 @@ TEST_F(FXAAGL, FetchingPixelByPixelGivesTheSame)
     }
 }
 
-TEST_F(FXAAGL, WithDiscardPixelsWithoutContrastAreNotWritten)
+TEST_F(FXAAGL, WithDiscardPixelsWithoutContrastAreNotWrittenAndAlphaIsThePictures)
 {
     const auto program = fxaa(10, true, true);
     ASSERT_TRUE(program);
     const FloatPicture picture = edgeAt(30, kSize, kLight, kDark);
-    const PlainFXAA copy(picture, kPresets[0], {});
+    const PlainFXAA copy(picture, kPresets[0], {}, false, true);
     const FloatPicture smooth = copy.result();
     const FloatPicture found = pass(*program, picture);
     int discarded = 0;
@@ -379,7 +396,7 @@ TEST_F(FXAAGL, WithDiscardPixelsWithoutContrastAreNotWritten)
         {
             const bool isFlat = copy.isFlat(x, y);
             discarded += isFlat;
-            for (int i = 0; i < 3; ++i)
+            for (int i = 0; i < 4; ++i)
                 ASSERT_NEAR(found.at(x, y)[i], isFlat ? 0.0f : smooth.at(x, y)[i], 2e-6) << x << ", " << y;
         }
     EXPECT_GT(discarded, kSize * kSize / 2);

@@ -4,6 +4,10 @@
 
 #include "GLSLPassTestTools.h"
 
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -122,6 +126,23 @@ TEST(Noise, TheHeaderHasOneFunctionAndAGuard)
     const QString unit = embedded(QStringLiteral("src/noise2D.glslc"));
     for (const char* const stage : {"vert", "geom", "frag"})
         EXPECT_VALID({}, {QLatin1String(stage), GLSLMacroProcessor::process(unit, nullptr)});
+}
+
+// It is there for applications: the library's own shaders have the include switched off.
+TEST(Noise, NoOtherFileCallsIt)
+{
+    int switchedOff = 0;
+    for (QDirIterator it(QStringLiteral(":/GLSL"), QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+    {
+        QFile file(it.next());
+        if (file.fileName().contains(QStringLiteral("noise2D")))
+            continue;
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QString text = GLSLMacroProcessor::process(QString::fromUtf8(file.readAll()), nullptr);
+        EXPECT_FALSE(text.contains(QStringLiteral("snoise"))) << file.fileName().toStdString();
+        switchedOff += int(text.count(QStringLiteral("\n//#include \"noise2D.glslh\"\n")));
+    }
+    EXPECT_EQ(switchedOff, 3);
 }
 
 // The copy itself: the lattice's corners are 0, and the pattern comes again after 289 squares of it.

@@ -104,6 +104,68 @@ TEST_F(SMAAGL, AllPresetsAgreeWithTheCopyOnEdgesAtAllAngles)
     }
 }
 
+// Those of the presets are not all: the longest and the shortest searches, and corners of all kinds.
+TEST_F(SMAAGL, SettingsOfTheIncluderCount)
+{
+    for (const SMAASettings& settings :
+         {SMAASettings{"", 0.25, 1, 1, 0.0}, SMAASettings{"", 0.05, 3, 3, 100.0}, SMAASettings{"", 0.2, 112, 20, 60.0}})
+    {
+        const QString define = QStringLiteral("SMAA_THRESHOLD %1\n#define SMAA_MAX_SEARCH_STEPS %2\n"
+                                              "#define SMAA_MAX_SEARCH_STEPS_DIAG %3\n#define SMAA_CORNER_ROUNDING %4")
+                                   .arg(settings.threshold)
+                                   .arg(settings.steps)
+                                   .arg(settings.diagonalSteps)
+                                   .arg(*settings.cornerRounding);
+        const auto edgePass = linkedStages(edgeStages({3, define}, SMAAEdges::Color));
+        const auto weightPass = linkedStages(weightStages({3, define}));
+        ASSERT_TRUE(edgePass && weightPass);
+        const PlainSMAA copy(settings);
+        for (const unsigned seed : {61u, 62u, 63u})
+        {
+            const FloatPicture picture =
+                seed == 63 ? edgeAt(42, kSize, kLight, kDark) : patches(seed, kSize, kLight, kDark);
+            const FloatPicture edges = pass(*edgePass, kSize, kSize, {{"u_Color", texture(picture)}});
+            EXPECT_PICTURES_NEAR(edges, copy.edges(picture, SMAAEdges::Color), 0.0, seed);
+            EXPECT_PICTURES_NEAR(weights(*weightPass, edges), copy.weights(edges), 2e-5, settings.steps << " " << seed);
+        }
+    }
+}
+
+// Columns of grey 0, 1/4, 3/4, 3/4, 1: contrasts of 1/4, 1/2, 0 and 1/4.
+TEST_F(SMAAGL, ContrastsThatJustReachTheirLimitsAreEdges)
+{
+    constexpr double kGreys[] = {0, 0, 0.25, 0.75, 0.75, 1, 1, 1};
+    FloatPicture picture(8, 8);
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x)
+            picture.set(x, y, {kGreys[x], kGreys[x], kGreys[x], 1});
+    const struct
+    {
+        const char* settings;
+        bool isSmallEdge, isGreatEdge, isLastEdge; // left of columns 2, 3 and 5
+    } rows[] = {{"SMAA_THRESHOLD 0.25", true, true, true},
+                {"SMAA_THRESHOLD 0.251", false, true, false},
+                {"SMAA_THRESHOLD 0.5", false, true, false},
+                {"SMAA_THRESHOLD 0.501", false, false, false},
+                // The great edge is beside the small one, and two pixels away from the last one.
+                {"SMAA_LOCAL_CONTRAST_ADAPTATION_FACTOR 2.0", true, true, true},
+                {"SMAA_LOCAL_CONTRAST_ADAPTATION_FACTOR 1.99", false, true, true}};
+    for (const auto& row : rows)
+    {
+        const auto program = linkedStages(edgeStages({3, QLatin1String(row.settings)}, SMAAEdges::Color));
+        ASSERT_TRUE(program);
+        const FloatPicture found = pass(*program, 8, 8, {{"u_Color", texture(picture)}});
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x)
+            {
+                const bool isEdge =
+                    (x == 2 && row.isSmallEdge) || (x == 3 && row.isGreatEdge) || (x == 5 && row.isLastEdge);
+                EXPECT_EQ(found.pixel(x, y).r, isEdge) << row.settings << ": " << x << ", " << y;
+                EXPECT_EQ(found.pixel(x, y).g, 0) << row.settings << ": " << x << ", " << y;
+            }
+    }
+}
+
 TEST_F(SMAAGL, TheFormForNewerDriversGivesTheSame)
 {
     if (!openGlVersionSupported(4, 0))

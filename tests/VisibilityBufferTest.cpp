@@ -363,6 +363,38 @@ TEST_F(VisibilityBufferGL, AskingForNoFragmentGivesZeros)
             ASSERT_EQ(value, 0.0f);
 }
 
+// A width that no texture has must not be divided by. The nodes are one below the other then.
+TEST_F(VisibilityBufferGL, AWidthBelow1CountsAs1)
+{
+    _program =
+        linked(coveringVertexStage(),
+               {QStringLiteral("#version 150\n#include \"VrkUtilities.glslh\"\n#include \"VisibilityBuffer.glslh\"\n"
+                               "in vec2 vo_TexCoord;\nout vec4 o;\nvoid main()\n{\n    uint pointer = 2u;\n"
+                               "    vec4 position;\n    float depth;\n    vec3 normal;\n    vec2 texCoord;\n"
+                               "    getFragmentInfo(vo_TexCoord, pointer, position, depth, normal, texCoord);\n"
+                               "    o = vec4(float(pointer), depth, float(getDrawID()), 1.0);\n}\n"),
+                embedded(kUnit), _plan->glslc()});
+    ASSERT_TRUE(_program);
+    setScene(Scene(false), false);
+    const float depth = 0.375f;
+    std::vector<std::uint32_t> nodes = {9, 1, 0, 3, 3, 1, 0, 2, 9, 1, 0, 3};
+    std::memcpy(&nodes[6], &depth, sizeof(depth));
+    _nodes = integerTexture(1, 3, GL_RGBA32UI, GL_RGBA_INTEGER, nodes);
+    for (const int width : {1, 0, -5})
+    {
+        _program->bind();
+        _program->setUniform(_program->getUniformLocation(QStringLiteral("u_SamplerNodeBufferWidth")), width);
+        ASSERT_TRUE(_collection->bind(_program.get(), nullptr));
+        const FloatPicture found = draw(*_program, kWidth, kHeight, {{"u_SamplerNodeBuffer", _nodes}});
+        _program->bind();
+        EXPECT_TRUE(_collection->unbind(_program.get(), nullptr));
+        _program->unbind();
+        EXPECT_EQ(found.pixel(0, 0).r, 3) << width;
+        EXPECT_EQ(found.pixel(0, 0).g, double(depth)) << width;
+        EXPECT_EQ(found.pixel(0, 0).b, 2) << width;
+    }
+}
+
 // There is no command for these ids, but there are records.
 TEST_F(VisibilityBufferGL, DrawsBeyondTheBlockOfCommandsHaveNoNormal)
 {
