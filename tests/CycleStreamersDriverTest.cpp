@@ -221,7 +221,7 @@ TEST_F(CycleStreamersGL, AFileThatDoesNotLoadEndsTheLoadingAndLeavesNothing)
     const LogCapture log;
     const CallLog calls;
     EXPECT_EQ(images(paths), nullptr);
-    EXPECT_EQ(log.messages(QtWarningMsg).last(), QStringLiteral("Cannot load texture ") + missing);
+    EXPECT_EQ(log.texts(QtWarningMsg).last(), QStringLiteral("Cannot load texture ") + missing);
     EXPECT_EQ(log.messages(QtWarningMsg).filter(QStringLiteral("Invalid texture")), QStringList()) << "it has stopped";
     EXPECT_EQ(Texture::NumAlive(), before);
     EXPECT_GT(calls.count(QStringLiteral("glGenTextures")), 0);
@@ -235,7 +235,7 @@ TEST_F(CycleStreamersGL, EachImageThatDiffersFromTheFirstIsNamedAndNothingLeft)
     const LogCapture log;
     const CallLog calls;
     EXPECT_EQ(images(paths), nullptr);
-    EXPECT_EQ(log.messages(QtWarningMsg), invalid(paths[1]) + invalid(paths[3]));
+    EXPECT_EQ(log.texts(QtWarningMsg), invalid(paths[1]) + invalid(paths[3]));
     EXPECT_EQ(Texture::NumAlive(), before);
     EXPECT_EQ(calls.count(QStringLiteral("glGenTextures")), 4);
     EXPECT_EQ(calls.count(QStringLiteral("glDeleteTextures")), 4);
@@ -254,8 +254,13 @@ TEST_F(CycleStreamersGL, AnotherInternalFormatDiffersToo)
     const QStringList paths = {saveColor("a.png", kRed, 4, 1), radiance};
     const LogCapture log;
     EXPECT_EQ(images(paths), nullptr);
-    EXPECT_EQ(log.messages(QtWarningMsg), invalid(radiance));
+    EXPECT_EQ(log.texts(QtWarningMsg), invalid(radiance));
     EXPECT_EQ(Texture::NumAlive(), before);
+}
+
+TEST_F(CycleStreamersGL, TheWarningsOfMakeDoNotHangOnTheLoggingSwitch)
+{
+    EXPECT_TRUE(passesWithLoggingOff("CycleStreamersGL.AFailureBehindADifferenceLeavesNothingEither"));
 }
 
 TEST_F(CycleStreamersGL, AFailureBehindADifferenceLeavesNothingEither)
@@ -264,7 +269,7 @@ TEST_F(CycleStreamersGL, AFailureBehindADifferenceLeavesNothingEither)
     const QStringList paths = {saveColor("a.png", kRed), saveColor("odd.png", kRed, 2, 2), missing};
     const LogCapture log;
     EXPECT_EQ(images(paths), nullptr);
-    const QStringList warnings = log.messages(QtWarningMsg);
+    const QStringList warnings = log.texts(QtWarningMsg);
     EXPECT_EQ(warnings.first(2), invalid(paths[1]));
     EXPECT_EQ(warnings.last(), QStringLiteral("Cannot load texture ") + missing);
     EXPECT_EQ(Texture::NumAlive(), before);

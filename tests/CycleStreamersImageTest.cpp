@@ -141,7 +141,7 @@ TEST_F(ImageCycleTest, AFrameCountBelowOneIsReportedAndHasNoFurtherEffect)
     EXPECT_TRUE(streamer->updateTexture());
 }
 
-TEST_F(ImageCycleTest, NullsAmongTheTexturesAreReportedAndLeftOut)
+TEST_F(ImageCycleTest, NullsAmongTheTexturesAreReportedAndKeepTheirPlaces)
 {
     const std::vector<Texture*> two = images(2);
     Texture* const textures[] = {nullptr, two[0], nullptr, two[1]};
@@ -149,8 +149,37 @@ TEST_F(ImageCycleTest, NullsAmongTheTexturesAreReportedAndLeftOut)
     ImageCycleTextureStreamer streamer(textures, 4, 1, nullptr);
     EXPECT_EQ(log.messages(),
               reported({{"textures[i] != NULL", "NULL texture"}, {"textures[i] != NULL", "NULL texture"}}));
-    EXPECT_EQ(Inside::textures(streamer), QList<Texture*>(two.begin(), two.end()));
-    EXPECT_EQ(shownImage(streamer), 0);
+    EXPECT_EQ(Inside::textures(streamer), QList<Texture*>(textures, textures + 4));
+    const QStringList line = reported({{"_textures[_current] != NULL", "NULL texture"}});
+    for (int place = 0; place < 8; ++place)
+    {
+        const LogCapture updates;
+        const int image = shownImage(streamer);
+        EXPECT_EQ(image, place % 2 ? (place % 4) / 2 : -1) << place;
+        EXPECT_EQ(updates.messages(), image < 0 ? line : QStringList()) << place;
+        for (int frame = 0; frame < 30; ++frame)
+            streamer.nextFrame();
+    }
+}
+
+TEST_F(ImageCycleTest, SizeAndFormatAreThoseOfTheFirstThatIsNotNull)
+{
+    Texture* const textures[] = {nullptr, images(1)[0]};
+    const LogCapture log;
+    const CallLog calls;
+    const ImageCycleTextureStreamer streamer(textures, 2, 1, nullptr);
+    EXPECT_EQ(anonymous(calls.list()).mid(1, 2), bound(100));
+    EXPECT_EQ(calls.count(QStringLiteral("glTexImage2D")), 1);
+}
+
+TEST_F(ImageCycleTest, NothingButNullsGivesNoStorage)
+{
+    Texture* const textures[] = {nullptr, nullptr};
+    const LogCapture log;
+    const CallLog calls;
+    ImageCycleTextureStreamer streamer(textures, 2, 1, nullptr);
+    EXPECT_EQ(anonymous(calls.list()), QStringList({writing("glGenTextures", 1)}));
+    EXPECT_EQ(shownImage(streamer), -1);
 }
 
 TEST_F(ImageCycleTest, MakeNamesTheFirstBadArgument)
@@ -171,6 +200,11 @@ TEST_F(ImageCycleTest, MakeNamesTheFirstBadArgument)
         EXPECT_EQ(log.lines()[0].text, QStringLiteral("Invalid argument ") + QLatin1String(row.name));
         EXPECT_EQ(calls.list(), QStringList());
     }
+}
+
+TEST_F(ImageCycleTest, TheWarningsOfMakeDoNotHangOnTheLoggingSwitch)
+{
+    EXPECT_TRUE(passesWithLoggingOff("ImageCycleTest.MakeNamesTheFirstBadArgument"));
 }
 
 TEST_F(ImageCycleTest, MakeOfNullPathsIsReportedAndNull)

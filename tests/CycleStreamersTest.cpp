@@ -156,6 +156,11 @@ TEST_F(ColorCycleTest, MakeNamesTheFirstBadArgument)
     }
 }
 
+TEST_F(ColorCycleTest, TheWarningsOfMakeDoNotHangOnTheLoggingSwitch)
+{
+    EXPECT_TRUE(passesWithLoggingOff("ColorCycleTest.MakeNamesTheFirstBadArgument"));
+}
+
 TEST_F(ColorCycleTest, MakeOfNullColoursIsReportedAndNull)
 {
     const LogCapture log;

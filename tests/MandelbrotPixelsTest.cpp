@@ -42,8 +42,9 @@ struct PlainPalette
 
 const PlainPalette kPlainPalette;
 
-/// The pixel of the point x + iy. One whose palette entry would lie before the table is black.
-quint32 plainPixel(double x, double y)
+/// The pixel of the point x + iy. One whose palette entry would lie before the table is black. `stepOfEscape` becomes 0
+/// for a point that does not escape.
+quint32 plainPixel(double x, double y, int* stepOfEscape = nullptr)
 {
     double zr = x;
     double zi = y;
@@ -64,6 +65,8 @@ quint32 plainPixel(double x, double y)
         zr = zr * zr - old * old + x;
     } while (n < 127);
 
+    if (stepOfEscape)
+        *stepOfEscape = escaped ? n : 0;
     float frac = 0.0f;
     int idx = 127;
     if (escaped)
@@ -249,8 +252,8 @@ TEST(MandelbrotPixelsTest, TheFirstRowIsThatOfTheLowerEdgeAndRedIsTheLowestByte)
     EXPECT_EQ(pixels[3], plainPixel(0.5, 0.9)) << "both edges are sampled";
     for (const quint32 pixel : pixels)
         EXPECT_EQ(pixel >> 24, 255u);
-    // |z| is 300 at the first step, so that the count is 1 - log2(log2(300)), below 0; one that escapes at the fourth
-    // step, 2 + 0i by 2, 6, 38, 1446: 4 - log2(log2(1446)) is 0.6, between black and the first entry.
+    // 2 + 0i goes by 2, 6, 38, 1446 and has escaped at the fourth step: 4 - log2(log2(1446)) is 0.6, between black and
+    // the first entry.
     const double count = 4.0 - std::log2(std::log2(1446.0));
     const Pixels fourth = pixelsBy(bestMandelbrotKernel(), {2.0, 0.0, 2.0, 0.0}, 2, 2);
     for (int channel = 0; channel < 3; ++channel)
@@ -270,16 +273,27 @@ TEST(MandelbrotPixelsTest, APointInsideIsEntry127WithNothingOf128)
 
 TEST(MandelbrotPixelsTest, APointThatEscapesAtTheLastStepHasEscaped)
 {
-    // Just beyond the cusp at 0.25 each further digit takes more steps; look for points of the last three.
-    int found = 0;
+    // Just beyond the cusp at 0.25 points take the more steps the nearer to it they are.
+    int last = 0;
+    int none = 0;
     for (int i = 0; i < 4000; ++i)
     {
         const double x = 0.2506 + i * 1e-7;
-        const Pixels pixels = pixelsBy(bestMandelbrotKernel(), {x, 0.0, x, 0.0}, 2, 1);
-        EXPECT_EQ(pixels[0], plainPixel(x, 0.0));
-        found += pixels[0] != kBlack ? 1 : 0;
+        int step = 0;
+        const quint32 expected = plainPixel(x, 0.0, &step);
+        EXPECT_FALSE(step == 127 && expected == kBlack) << "it has a colour: " << x;
+        last += step == 127 ? 1 : 0;
+        none += step == 0 ? 1 : 0;
+        for (const MandelbrotKernel kernel : kKernels)
+        {
+            if (isMandelbrotKernelSupported(kernel))
+            {
+                EXPECT_EQ(pixelsBy(kernel, {x, 0.0, x, 0.0}, 2, 1)[0], expected) << int(kernel) << ' ' << x;
+            }
+        }
     }
-    EXPECT_GT(found, 0);
+    EXPECT_GT(last, 0);
+    EXPECT_GT(none, 0);
 }
 
 // ---- what lies outside the arithmetic ------------------------------------------------------------------------------

@@ -130,12 +130,14 @@ TEST_F(MandelbrotStreamerGL, OneTexelIsEnough)
     EXPECT_EQ(streamerTexels(*streamer), processorTexels({-2.5, -1.0, 1.0, 1.0}, 1, 1));
 }
 
-TEST_F(MandelbrotStreamerGL, TheProcessorsUpdateLeavesTheFramebufferAlone)
+TEST_F(MandelbrotStreamerGL, TheProcessorsUpdateLeavesFramebufferAndActiveUnitAlone)
 {
     const auto streamer = make<MandelbrotCPUTextureStreamer>(8, 8);
+    glActiveTexture(GL_TEXTURE3);
     const CallLog calls;
     EXPECT_TRUE(streamer->updateTexture());
     EXPECT_EQ(calls.count(QStringLiteral("glBindFramebuffer")), 0);
+    EXPECT_EQ(integerOf(GL_ACTIVE_TEXTURE), GL_TEXTURE3);
     EXPECT_FALSE(streamer->isBound());
 }
 
@@ -187,7 +189,7 @@ TEST_F(MandelbrotStreamerGL, TheComputeShaderColoursWhatEscapesAndLeavesTheSetBl
     streamer->setDomainExtents(-0.1, -0.1, 0.1, 0.1);
     EXPECT_TRUE(streamer->updateTexture());
     EXPECT_EQ(streamerTexels(*streamer), Texels(64 * 64, StreamerPixel{0, 0, 0, 255}));
-    // 0.35 + 0.35i escapes at the twelfth step or so: a count between 0 and 256 is blue before all.
+    // All around 0.455 + 0.455i escapes early: a count that is small beside 256 is blue before all.
     streamer->setDomainExtents(0.45, 0.45, 0.46, 0.46);
     EXPECT_TRUE(streamer->updateTexture());
     for (const StreamerPixel& texel : streamerTexels(*streamer))
@@ -197,12 +199,14 @@ TEST_F(MandelbrotStreamerGL, TheComputeShaderColoursWhatEscapesAndLeavesTheSetBl
     }
 }
 
-TEST_F(MandelbrotStreamerGL, TheComputeShadersUpdateLeavesNothingBound)
+TEST_F(MandelbrotStreamerGL, TheComputeShadersUpdateLeavesNothingBoundAndTheActiveUnitAsItWas)
 {
     if (isInactiveOnTheFloor())
         return;
     const auto streamer = make<MandelbrotGPUTextureStreamer>(16, 16);
+    glActiveTexture(GL_TEXTURE3);
     EXPECT_TRUE(streamer->updateTexture());
+    EXPECT_EQ(integerOf(GL_ACTIVE_TEXTURE), GL_TEXTURE3);
     EXPECT_EQ(integerOf(GL_CURRENT_PROGRAM), 0);
     EXPECT_FALSE(streamer->isBound());
     GLint image = -1;

@@ -73,6 +73,12 @@ protected:
         BaseLevelScript::current() = {kWidth, kHeight, GL_RGBA8};
     }
 
+    /// An update gives back the unit that the driver has named as the active one.
+    static QStringList withUnitKept(const QStringList& calls)
+    {
+        return QStringList{writing("glGetIntegerv", GL_ACTIVE_TEXTURE)} + calls + QStringList{activate(5)};
+    }
+
     template <typename Streamer> static std::unique_ptr<Streamer> make(int width = kWidth, int height = kHeight)
     {
         return std::unique_ptr<Streamer>(Streamer::make(width, height, nullptr));

@@ -81,16 +81,19 @@ ImageCycleTextureStreamer::ImageCycleTextureStreamer(Texture* const* textures, i
     VRK_ASSERT(frameCount > 0, "Invalid frame count");
     if (!textures || textureCount < 1)
         return;
+    // A null keeps its place, so that those behind it are shown at the frames that are theirs.
     _textures.reserve(textureCount);
+    Texture* first = nullptr;
     for (int i = 0; i < textureCount; ++i)
     {
         VRK_ASSERT(textures[i] != NULL, "NULL texture");
-        if (textures[i])
-            _textures.append(textures[i]);
+        _textures.append(textures[i]);
+        if (!first)
+            first = textures[i];
     }
-    if (_textures.isEmpty())
+    if (!first)
         return;
-    const BaseLevel level = baseLevel(*_textures.first());
+    const BaseLevel level = baseLevel(*first);
     create2D(GL_TEXTURE_2D, level.internalFormat, level.width, level.height);
     setStreamerSampling(*this, GL_LINEAR, GL_LINEAR_MIPMAP_LINEAR, 1000);
 }
@@ -130,6 +133,7 @@ bool ImageCycleTextureStreamer::updateTexture()
     if (!_needsUpdate)
         return false;
     VRK_ASSERT_RETURN(!_textures.isEmpty(), false, "There are no textures");
+    VRK_ASSERT_RETURN(_textures[_current] != NULL, false, "NULL texture");
     const StreamerState state;
     if (!bind())
         return false;

@@ -22,8 +22,9 @@ public:
     /// A texture with size and internal format of the first of `textures`, trilinear, clamped to the edge; undefined
     /// until the first update. Takes the `textureCount` textures over; all are 2D textures of that size and format.
     /// `frameCount` is checked and has no further effect: there are 30 frames to a step. Reports null and counts below
-    /// 1, and goes on; nulls among the textures are reported and left out, and without textures the streamer has no
-    /// storage and does nothing. Use `make`.
+    /// 1, and goes on. Nulls among the textures are reported and keep their places; an update that comes to one is
+    /// reported and does nothing. Size and format are those of the first that is not null. Without textures the
+    /// streamer has no storage and does nothing. Use `make`.
     ImageCycleTextureStreamer(Texture* const* textures, int textureCount, int frameCount, QObject* parent);
     /// Deletes the textures.
     ~ImageCycleTextureStreamer() override;
@@ -40,8 +41,8 @@ public:
     void nextFrame();
 
     /// Copies the current image into the texture and makes its mipmaps. True after construction and after each step;
-    /// otherwise, and when no texture unit is free, false. Obeys the scissor. Leaves the active unit as it was, what
-    /// was the framebuffer for drawing as that for reading too, and unit 0 without a 2D texture.
+    /// otherwise, when no texture unit is free, and for a null image, false. Obeys the scissor. Leaves the active unit
+    /// as it was, what was the framebuffer for drawing as that for reading too, and unit 0 without a 2D texture.
     bool updateTexture() override;
 
 private:

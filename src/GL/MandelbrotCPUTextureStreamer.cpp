@@ -53,7 +53,10 @@ bool MandelbrotCPUTextureStreamer::hasPixelsFor(int width, int height) const
 bool MandelbrotCPUTextureStreamer::updateTexture()
 {
     static const MandelbrotKernel kKernel = bestMandelbrotKernel();
-    if (!_dirty || !bind())
+    if (!_dirty)
+        return false;
+    const ActiveUnitGuard activeUnit;
+    if (!bind())
         return false;
     const int w = width(0);
     const int h = height(0);

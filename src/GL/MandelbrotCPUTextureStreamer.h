@@ -13,7 +13,9 @@ namespace Harrow::Vrk
 {
 
 /// The outermost texels lie on the edges of the rectangle. At most 127 iterations a texel, in double precision; the
-/// set itself is black. The bits of the picture are the same on all processors with the same C library.
+/// set itself is black, and so is what escapes within the first steps, beyond the colours' table: what lies far
+/// outside. The points are followed to the same bits on all processors; the colours of those that escape also take the
+/// C library's logarithm, whose last bit may differ among processors.
 class VRKGL_EXPORT MandelbrotCPUTextureStreamer : public MandelbrotTextureStreamer
 {
     Q_OBJECT
@@ -29,7 +31,7 @@ public:
     static MandelbrotCPUTextureStreamer* make(int width, int height, QObject* parent);
 
     /// Computes and uploads the picture if the rectangle was changed since the last time, and says whether it did.
-    /// False too when no texture unit is free. Leaves the unit active that the texture had.
+    /// False too when no texture unit is free. Leaves the active unit as it was.
     bool updateTexture() override;
 
 private:

@@ -121,6 +121,7 @@ bool MandelbrotGPUTextureStreamer::updateTexture()
     if (!_program->isLinked() || !_dirty)
         return false;
     VRK_ASSERT_RETURN(nullptr != dispatchCompute, false, "OpenGL function 'glDispatchCompute' is not available");
+    const ActiveUnitGuard activeUnit;
     const AutoBinder programBinder(_program);
     if (!bind())
         return false;

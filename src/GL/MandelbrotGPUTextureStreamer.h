@@ -30,8 +30,8 @@ public:
 
     /// Computes the picture if the rectangle was changed since the last time, and says whether it did. Always false,
     /// with the texture undefined, when the program could not be built; false too when no texture unit is free. Warns
-    /// of the OpenGL errors that stand, also of those from before, and clears them (`checkGLError`). Leaves the
-    /// texture's unit active, no program bound and image unit 0 empty.
+    /// of the OpenGL errors that stand, also of those from before, and clears them (`checkGLError`). Leaves the active
+    /// unit as it was, no program bound and image unit 0 empty.
     bool updateTexture() override;
 
 private:

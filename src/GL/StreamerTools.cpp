@@ -41,6 +41,16 @@ void makeStreamerMipmaps(Texture& texture)
     texture.unbind();
 }
 
+ActiveUnitGuard::ActiveUnitGuard()
+{
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &_activeTexture);
+}
+
+ActiveUnitGuard::~ActiveUnitGuard()
+{
+    glActiveTexture(static_cast<GLenum>(_activeTexture));
+}
+
 StreamerState::StreamerState()
 {
     glGetIntegerv(GL_ACTIVE_TEXTURE, &_activeTexture);

@@ -24,6 +24,19 @@ void setStreamerSampling(Texture& texture, GLint magFilter, GLint minFilter, GLi
 /// active one holds.
 void makeStreamerMipmaps(Texture& texture);
 
+/// Gives the active texture unit back at the end of its scope, which must lie in one context.
+class ActiveUnitGuard
+{
+public:
+    ActiveUnitGuard();
+    ~ActiveUnitGuard();
+    ActiveUnitGuard(const ActiveUnitGuard&) = delete;
+    ActiveUnitGuard& operator=(const ActiveUnitGuard&) = delete;
+
+private:
+    GLint _activeTexture = GL_TEXTURE0;
+};
+
 /// The active texture unit and the draw framebuffer, as they were when it was made.
 class StreamerState
 {
