@@ -10,6 +10,7 @@
 #include <VrkGL/Texture.h>
 #include <VrkGL/TextureFileInfo.h>
 #include <VrkGL/TextureIO.h>
+#include <VrkGL/TextureLoader.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -50,18 +51,25 @@ ShadingModel modelOf(DiffuseModel model)
     return model == DiffuseModel::Lambert ? SHADING_LAMBERTIAN_DIFFUSE : SHADING_OREN_NAYAR_DIFFUSE;
 }
 
+/// What no reader of texture files claims are pictures for a screen, with 8 bits a channel.
+TextureFileInfo infoOf(const std::unique_ptr<TextureLoader>& loader)
+{
+    TextureFileInfo info;
+    info.srgb = loader == nullptr;
+    return info;
+}
+
 /// Of a file, or of what is inside of the program.
 Texture* loadTexture(const QString& path)
 {
-    TextureFileInfo info;
-    info.srgb = true; // of pictures that have 8 bits a channel
     if (!path.startsWith(u':'))
-        return LoadTextureFromFile(path, info);
+        return LoadTextureFromFile(path, infoOf(std::unique_ptr<TextureLoader>(IdentifyTextureFromFile(path))));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return nullptr;
     QByteArray bytes = file.readAll();
-    return LoadTextureFromMemory(reinterpret_cast<unsigned char*>(bytes.data()), std::size_t(bytes.size()), info, path);
+    return LoadTextureFromMemory(reinterpret_cast<unsigned char*>(bytes.data()), std::size_t(bytes.size()),
+                                 TextureFileInfo(), path);
 }
 
 } // namespace
@@ -90,7 +98,10 @@ bool Environment::load(const QString& path, QString& error)
         error = QStringLiteral("there is no file '%1'").arg(path);
         return false;
     }
-    _source.reset(loadTexture(path));
+    {
+        const AbortScope scope;
+        _source.reset(loadTexture(path));
+    }
     if (!_source || _source->target() != GL_TEXTURE_2D)
     {
         error = QStringLiteral("'%1' is no picture of an environment").arg(path);

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Terminal.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #ifdef Q_OS_WIN
 #include <io.h>
@@ -27,6 +29,20 @@ void keepMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
     if (type == QtFatalMsg && !fatalReplacement.isEmpty())
         std::_Exit(fail(fatalReplacement));
     keptMessages.append(text);
+}
+
+/// In a signal's handler nothing may be formatted or allocated.
+void tellAbort(int)
+{
+    constexpr char kText[] = ": the picture is broken: a run of equal bytes goes beyond its row\n";
+#ifdef Q_OS_WIN
+    _write(_fileno(stderr), programName, unsigned(std::strlen(programName)));
+    _write(_fileno(stderr), kText, sizeof(kText) - 1);
+#else
+    [[maybe_unused]] ssize_t written = write(STDERR_FILENO, programName, std::strlen(programName));
+    written = write(STDERR_FILENO, kText, sizeof(kText) - 1);
+#endif
+    std::_Exit(EXIT_FAILURE);
 }
 
 bool errorsGoToTerminal()
@@ -89,6 +105,13 @@ void ProgressLine::show(const QString& work, float fraction)
     else
         std::fprintf(stderr, "\r\033[K%s %d %%", qPrintable(work), percent);
     std::fflush(stderr);
+}
+
+AbortScope::AbortScope() : _before(std::signal(SIGABRT, tellAbort)) {}
+
+AbortScope::~AbortScope()
+{
+    std::signal(SIGABRT, _before);
 }
 
 QuietScope::QuietScope(const QString& fatalText)

@@ -41,6 +41,20 @@ private:
     int _percent = -1;
 };
 
+/// A broken picture can make the library's reader of Radiance files end the process by `abort`, and that is how it is
+/// meant to be. While this lives, the process then ends with one line and the exit code of a failure. One at a time.
+class AbortScope
+{
+public:
+    AbortScope();
+    ~AbortScope();
+    AbortScope(const AbortScope&) = delete;
+    AbortScope& operator=(const AbortScope&) = delete;
+
+private:
+    void (*_before)(int);
+};
+
 /// Keeps Qt's messages of its lifetime off standard error and holds them, so that a step that fails is told in one
 /// line. While `fatalText` was given, a fatal message of Qt (which would abort the process) ends it through `fail`
 /// with that text instead. One at a time, on the thread that runs `main`.

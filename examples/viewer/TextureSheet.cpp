@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TextureSheet.h"
 
+#include "Terminal.h"
+
 #include <VrkGL/ASTCReader.h>
 #include <VrkGL/AutoBinder.h>
 #include <VrkGL/AutoEnabler.h>
@@ -105,7 +107,10 @@ bool TextureSheet::load(const QString& path, QString& error)
     }
     TextureFileInfo asStored;
     asStored.preprocessed = true;
-    _texture.reset(LoadTextureFromFile(path, asStored));
+    {
+        const AbortScope scope;
+        _texture.reset(LoadTextureFromFile(path, asStored));
+    }
     if (_texture && kindOf(*_texture))
         measure();
     if (!_levels.empty())

@@ -163,6 +163,25 @@ TEST(EnvironmentPictureTest, ASphereIsBrightOnTheSideOfTheLight)
     EXPECT_GT(brightness(front.pixel(60, 60)), brightness(above.pixel(60, 60)) + 40);
 }
 
+TEST(EnvironmentPictureTest, RadiancePicturesAreLightAndNotWhatAScreenShows)
+{
+    const ModelFolder folder;
+    const QString halves = folder.write("halves.hdr", environment(
+                                                          [](const QVector3D& direction)
+                                                          {
+                                                              const float light = direction.x() < 0.0f ? 128.0f : 32.0f;
+                                                              return QVector3D(light, light, light);
+                                                          }));
+    const QString model = writeNothing(folder);
+    const auto lightTowards = [&](const char* azimuth)
+    {
+        const QImage picture = drawWithViewer({model, "--env", halves, "--size", "64x64", "--samples", "1", "--azimuth",
+                                               azimuth, "--elevation", "0", "--exposure", "-1"});
+        return std::pow(qRed(picture.pixel(32, 32)) / 255.0, 2.2);
+    };
+    EXPECT_NEAR(lightTowards("90") / lightTowards("270"), 4.0, 0.25);
+}
+
 TEST(EnvironmentPictureTest, ExposureCountsInStops)
 {
     const ModelFolder folder;
@@ -186,11 +205,14 @@ TEST(EnvironmentPictureTest, AnEnvironmentThatIsNoneIsOneLineAndAFailure)
     const ModelFolder folder;
     const QString model = writeNothing(folder);
     const QString broken = folder.write("broken.hdr", "#?RADIANCE\nnothing");
+    const QByteArray overlong("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 64\n\x02\x02\x00\x40\xE4\x01", 52);
+    const QString run = folder.write("run.hdr", overlong);
     for (const auto& [path, words] :
          {std::pair{folder.path("none.hdr"), "there is no file"}, std::pair{broken, "is no picture of an environment"}})
     {
-        const ViewerRun run = runViewer({model, "--env", path, "--size", "64x64", "--output", folder.path("out.png")});
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_TRUE(run.errors.contains(words)) << run.errors.constData();
+        const ViewerRun ended =
+            runViewer({model, "--env", path, "--size", "64x64", "--output", folder.path("out.png")});
+        EXPECT_EQ(ended.exitCode, 1);
+        EXPECT_TRUE(ended.errors.contains(words)) << ended.errors.constData();
     }
 }
