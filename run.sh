@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Installs what is missing, builds, and draws a picture with vrkview. All arguments go to vrkview:
-#   ./run.sh                      the default model, headless, to build/release/vrkview.png
+#   ./run.sh                      the built-in scene, headless, to build/release/vrkview.png
 #   ./run.sh some/model.obj       another model
 #   ./run.sh --window             in a window: drag orbits, the wheel zooms
 set -euo pipefail

@@ -3,7 +3,10 @@
 # Makes the pictures of the gallery with the examples.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-./run.sh --size 960x540 --output docs/gallery/engine.png
+./run.sh --size 1280x720 --output docs/gallery/builtin.png
+# A model of Debian's assimp-testmodels, where they are installed.
+engine=/usr/share/assimp/models/glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb
+[ ! -e "$engine" ] || ./run.sh "$engine" --azimuth -142 --elevation 20 --size 960x540 --output docs/gallery/engine.png
 
 # Contact sheets of environments and what their filters make of them.
 build=${VRK_BUILD:-build/release}

@@ -3,7 +3,9 @@
 
 #include "Shapes.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace vrkview
 {
@@ -21,6 +23,9 @@ constexpr float kOpenToDegrees = -55.0f; // where the eye stands, seen from abov
 constexpr float kSweepDegrees = 240.0f;
 constexpr float kStartDegrees = kOpenToDegrees + 0.5f * (360.0f - kSweepDegrees);
 
+// Of pictures on surfaces, to a unit of length.
+constexpr float kRepeats = 0.5f;
+
 class SceneBuilder
 {
 public:
@@ -30,8 +35,19 @@ public:
         return _model.materials.size() - 1;
     }
 
+    /// A material with a picture that repeats, tinted by `baseColor`.
+    std::size_t pictured(const char* name, const QImage& pixels, const QVector3D& baseColor, float roughness)
+    {
+        _model.images.push_back({QString::fromLatin1(name), pixels, ImageKind::Flat, {}});
+        const std::size_t result = material(name, baseColor, roughness);
+        _model.materials[result].baseColorImage = _model.images.size() - 1;
+        return result;
+    }
+
     std::size_t mesh(const char* name, Mesh mesh, std::size_t material)
     {
+        if (_model.materials[material].baseColorImage)
+            projectTexCoords(mesh, kRepeats);
         mesh.name = QString::fromLatin1(name);
         mesh.material = material;
         _model.meshes.push_back(std::move(mesh));
@@ -113,6 +129,72 @@ Mesh makeFloor()
                    144);
 }
 
+constexpr int kPictureSide = 256; // texels
+
+/// From 0 to 1, the same for the same place; smooth, and repeats after `period` cells.
+float smoothNoise(float x, float y, int period)
+{
+    const auto at = [period](int column, int row)
+    {
+        auto bits = std::uint32_t((row % period) * 7919 + (column % period) * 104729 + 1);
+        bits = (bits ^ (bits >> 15)) * 2246822519u;
+        bits = (bits ^ (bits >> 13)) * 3266489917u;
+        return float((bits ^ (bits >> 16)) & 0xFFFFu) / 65535.0f;
+    };
+    const int column = int(std::floor(x));
+    const int row = int(std::floor(y));
+    const float u = x - float(column);
+    const float v = y - float(row);
+    const float su = u * u * (3.0f - 2.0f * u);
+    const float sv = v * v * (3.0f - 2.0f * v);
+    const float low = at(column, row) * (1.0f - su) + at(column + 1, row) * su;
+    const float high = at(column, row + 1) * (1.0f - su) + at(column + 1, row + 1) * su;
+    return low * (1.0f - sv) + high * sv;
+}
+
+/// Calls `lightness` for each texel's place, from 0 to 1 each way.
+template <typename Lightness> QImage makePicture(const Lightness& lightness)
+{
+    QImage image(kPictureSide, kPictureSide, QImage::Format_RGB32);
+    for (int y = 0; y < kPictureSide; ++y)
+        for (int x = 0; x < kPictureSide; ++x)
+        {
+            const float value = lightness((float(x) + 0.5f) / kPictureSide, (float(y) + 0.5f) / kPictureSide);
+            const int grey = int(255.0f * std::fmin(std::fmax(value, 0.0f), 1.0f));
+            image.setPixel(x, y, qRgb(grey, grey, grey));
+        }
+    return image;
+}
+
+// Four slabs with joints, each of its own shade.
+QImage makeSlabs()
+{
+    return makePicture(
+        [](float u, float v)
+        {
+            const float x = std::fmod(2.0f * u, 1.0f);
+            const float y = std::fmod(2.0f * v, 1.0f);
+            if (std::fmin(std::fmin(x, 1.0f - x), std::fmin(y, 1.0f - y)) < 0.012f)
+                return 0.52f;
+            const int slab = int(2.0f * u) + 2 * int(2.0f * v);
+            const float grain =
+                0.6f * smoothNoise(16.0f * u, 16.0f * v, 16) + 0.4f * smoothNoise(64.0f * u, 64.0f * v, 64);
+            return 0.84f + 0.04f * float(slab % 3) + 0.10f * (grain - 0.5f);
+        });
+}
+
+// Veins that wander through a light stone.
+QImage makeVeins()
+{
+    return makePicture(
+        [](float u, float v)
+        {
+            const float bend = 3.0f * smoothNoise(4.0f * u, 4.0f * v, 4) + 1.2f * smoothNoise(16.0f * u, 16.0f * v, 16);
+            const float vein = std::fabs(std::sin(6.2831853f * (2.0f * u + v) + bend));
+            return 0.97f - 0.16f * std::pow(1.0f - vein, 6.0f) - 0.04f * smoothNoise(8.0f * u, 8.0f * v, 8);
+        });
+}
+
 // A beam along the colonnade, its foot at height 0; the ends are closed.
 Mesh makeBeam(float halfWidth, float height, float overhangDegrees)
 {
@@ -140,8 +222,8 @@ Mesh makePedestal()
 Model makeBuiltInScene()
 {
     SceneBuilder scene;
-    const std::size_t stone = scene.material("stone", {0.62f, 0.56f, 0.48f}, 0.9f);
-    const std::size_t marble = scene.material("marble", {0.80f, 0.78f, 0.74f}, 0.55f);
+    const std::size_t stone = scene.pictured("stone", makeSlabs(), {0.78f, 0.70f, 0.60f}, 0.9f);
+    const std::size_t marble = scene.pictured("marble", makeVeins(), {0.84f, 0.82f, 0.78f}, 0.45f);
     const std::size_t copper = scene.material("copper", {0.95f, 0.44f, 0.23f}, 0.32f, 1.0f);
     const std::size_t teal = scene.material("teal", {0.03f, 0.32f, 0.34f}, 0.3f);
     const std::size_t coral = scene.material("coral", {0.75f, 0.14f, 0.09f}, 0.3f);

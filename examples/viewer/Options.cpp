@@ -243,7 +243,8 @@ void describe(QCommandLineParser& parser)
         "Draws a 3D model (glTF, OBJ, PLY, STL and whatever else Assimp reads) into a picture or a window.\n"
         "Prints the path of the picture. In the window: drag orbits, wheel zooms, right or middle drag pans,\n"
         "R resets the view, Escape closes."));
-    parser.addPositionalArgument(QStringLiteral("model"), QStringLiteral("The model's file; without it a sample."),
+    parser.addPositionalArgument(QStringLiteral("model"),
+                                 QStringLiteral("The model's file; without it the built-in scene."),
                                  QStringLiteral("[model]"));
 
     QCommandLineOption frames(QStringLiteral("frames"), QString(), QStringLiteral("count"));

@@ -17,7 +17,7 @@ namespace vrkview
 
 struct Options
 {
-    QString modelPath;            ///< empty: the default model, or the built-in scene where that is not installed
+    QString modelPath;            ///< empty: the built-in scene, or another that is made here
     QString outputPath;           ///< empty: vrkview.png beside the program; with `window`: no picture
     QSize size{1280, 720};        ///< of the picture in pixels; of the window in device independent pixels
     std::optional<float> azimuth; ///< degrees; not given: what suits the model

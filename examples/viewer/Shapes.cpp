@@ -230,4 +230,21 @@ Mesh makeTrefoilKnot(float scale, float tubeRadius, int steps, int tubeSteps)
     return mesh;
 }
 
+void projectTexCoords(Mesh& mesh, float repeats)
+{
+    mesh.texCoords.clear();
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i)
+    {
+        const QVector3D& place = mesh.positions[i];
+        const QVector3D facing(std::abs(mesh.normals[i].x()), std::abs(mesh.normals[i].y()),
+                               std::abs(mesh.normals[i].z()));
+        QVector2D texCoord(place.x(), place.y());
+        if (facing.y() >= facing.x() && facing.y() >= facing.z())
+            texCoord = {place.x(), -place.z()};
+        else if (facing.x() >= facing.z())
+            texCoord = {-place.z(), place.y()};
+        mesh.texCoords.push_back(repeats * texCoord);
+    }
+}
+
 } // namespace vrkview

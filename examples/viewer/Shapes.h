@@ -44,4 +44,7 @@ Mesh makeRoundedBox(const QVector3D& halfSize, float edgeRadius, int edgeSteps);
 /// own mirror image.
 Mesh makeTrefoilKnot(float scale, float tubeRadius, int steps, int tubeSteps);
 
+/// Gives a mesh texture coordinates: along the two axes that a surface faces least, `repeats` to a unit.
+void projectTexCoords(Mesh& mesh, float repeats);
+
 } // namespace vrkview

@@ -59,24 +59,8 @@ struct Angles
     float elevation = 22.0f;
 };
 
-// What is drawn when no model is named: the first of these that is installed, from its better side, else the built-in
-// scene.
-struct DefaultModel
-{
-    const char* path;
-    Angles view;
-};
-constexpr DefaultModel kDefaultModels[] = {
-    {"/usr/share/assimp/models/glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", {-142.0f, 20.0f}},
-};
-
-const DefaultModel* defaultModel()
-{
-    for (const DefaultModel& candidate : kDefaultModels)
-        if (QFileInfo::exists(QLatin1String(candidate.path)))
-            return &candidate;
-    return nullptr;
-}
+// Where the built-in scene shows itself best.
+constexpr Angles kBuiltInView = {35.0f, 14.0f};
 
 // Completes `options`: without a model's path afterwards, the built-in scene is meant.
 void chooseModel(Options& options)
@@ -86,19 +70,13 @@ void chooseModel(Options& options)
         view = {0.0f, 0.0f}; // the wall faces this way
     if (options.builtIn || options.crowd > 0 || options.textures > 0 || options.streamers)
         options.modelPath.clear();
-    else if (options.modelPath.isEmpty())
-    {
-        if (const DefaultModel* chosen = defaultModel())
-        {
-            options.modelPath = QLatin1String(chosen->path);
-            view = chosen->view;
-        }
-    }
     const bool isBuiltIn =
         options.modelPath.isEmpty() && options.crowd == 0 && options.textures == 0 && !options.streamers;
     options.settings.shadows = options.shadows.value_or(isBuiltIn);
     if (isBuiltIn && options.settings.environment.path.isEmpty() && !options.noEnvironment)
         options.settings.environment.path = QLatin1String(kSky);
+    if (isBuiltIn)
+        view = kBuiltInView;
     options.azimuth = options.azimuth.value_or(view.azimuth);
     options.elevation = options.elevation.value_or(view.elevation);
 }
