@@ -192,7 +192,7 @@ TYPES = """#include <cstddef>
 #define VRK_GLAPIENTRY
 #endif
 
-// The same types as in the system's headers: C++ allows a typedef to be repeated when it agrees.
+/// The same type as in the system's headers: C++ allows a typedef to be repeated when it agrees.
 typedef unsigned int GLenum;
 typedef unsigned char GLboolean;
 typedef unsigned int GLbitfield;
@@ -221,6 +221,7 @@ MISSING = """namespace Detail
 /// Reports a call of an entry point that the driver lacks or that was not loaded yet.
 VRKGL_EXPORT void reportMissingGLFunction(const char* name);
 
+/// The same, and gives what the caller returns then: 0.
 template <typename Result> Result missing(const char* name)
 {
     reportMissingGLFunction(name);
@@ -252,17 +253,19 @@ def functions_header(registry, table):
 /// A caller whose pointer is null reports "OpenGL function '%s' is not available" through the critical log, does
 /// nothing and returns 0; calling through the bare pointer crashes then.
 """, '#include "Export.h"', '#include "GLConstants.h"', "", TYPES, ""]
-    out += ['extern "C" {']
+    out += ['extern "C" {', "/// The entry point in the driver; null until it is loaded."]
     for name in table:
         c = registry.commands[name]
         out.append(f"extern VRKGL_EXPORT {c.result} (VRK_GLAPIENTRY* _ptrc_{name})({c.types()});")
     out += ["}", "", "namespace Harrow::Vrk", "{", "", MISSING]
+    out.append("/// OpenGL's function of that name, through its pointer.")
     for name in table:
         c = registry.commands[name]
         call = f"return ::_ptrc_{name} ? ::_ptrc_{name}({c.arguments()}) : Detail::missing<{c.result}>(\"{name}\");"
         if c.uses_sync():
             # A function object: argument-dependent look-up through GLsync would also find a system prototype.
-            out.append(f"struct Call_{name} {{ {c.result} operator()({c.signature()}) const {{ {call} }} }};")
+            out.append(f"/** Type of the object that is called as `{name}`. */ struct Call_{name} {{ "
+                       f"/** The call, through the pointer. */ {c.result} operator()({c.signature()}) const {{ {call} }} }};")
             out.append(f"inline constexpr Call_{name} {name}{{}};")
         else:
             out.append(f"inline {c.result} {name}({c.signature()}) {{ {call} }}")

@@ -13,5 +13,6 @@
 #define VRKCORE_EXPORT __declspec(dllimport)
 #endif
 #else
+/// Stands before what the library exports.
 #define VRKCORE_EXPORT __attribute__((visibility("default")))
 #endif

@@ -10,6 +10,7 @@
 namespace Harrow::Vrk
 {
 
+/// Copies nothing.
 class VRKCORE_EXPORT RawMemory : public Memory
 {
 public:

@@ -48,6 +48,7 @@ public:
     Array2DTextureManager();
     ~Array2DTextureManager() override;
 
+    /// The other forms, which those below would hide.
     using TextureManager::bind;
     using TextureManager::unbind;
 
@@ -103,6 +104,7 @@ protected:
     /// What all layers of a slot have in common. Sizes in texels of the base level, the rest as OpenGL's parameters.
     struct SlotFormat
     {
+        /// The size and the internal format, then what `glTexParameter` takes.
         qint32 width = 0;
         qint32 height = 0;
         qint32 internalFormat = 0;
@@ -113,6 +115,7 @@ protected:
         float anisotropy = 1.0f;
         float lodBias = 0.0f;
 
+        /// Whether all of it is equal.
         bool operator==(const SlotFormat& other) const;
     };
 
@@ -127,8 +130,9 @@ protected:
         quint32 handle[2] = {0, 0}; ///< Bindless handle of the slot, low word first.
         qint32 udimWidth = 0;       ///< Patches in a row; 0 for what is no set.
         qint32 udimMaxPatch = 0;    ///< The highest offset of a patch.
-        qint32 unused[2] = {0, 0};
+        qint32 unused[2] = {0, 0};  ///< Fills the second `ivec4`.
 
+        /// Splits the handle into its words.
         void setHandle(quint64 value);
     };
 

@@ -13,6 +13,7 @@ namespace Harrow::Vrk
 
 class Bindable;
 
+/// Unbinds at the end of its scope what it has bound at the beginning.
 class VRKGL_EXPORT AutoBinder
 {
 public:

@@ -13,9 +13,11 @@
 namespace Harrow::Vrk
 {
 
+/// Turns the capability on, and back at the end.
 class VRKGL_EXPORT AutoEnabler
 {
 public:
+    /// Asks OpenGL for the state first.
     explicit AutoEnabler(GLenum capability);
     ~AutoEnabler();
 
@@ -27,9 +29,11 @@ private:
     GLenum _capability;
 };
 
+/// Turns the capability off, and back at the end.
 class VRKGL_EXPORT AutoDisabler
 {
 public:
+    /// Asks OpenGL for the state first.
     explicit AutoDisabler(GLenum capability);
     ~AutoDisabler();
 

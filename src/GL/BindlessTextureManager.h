@@ -82,6 +82,7 @@ public:
     void clear() override;
 
 protected:
+    /// Whether the high word is that of a handle; if not, the token is a bound one.
     bool isBindlessToken(const TextureToken& token) const;
     void textureTokenIssued(const TextureToken& token) override;
 

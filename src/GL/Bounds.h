@@ -30,6 +30,7 @@ public:
     Bounds(const QList<QVector3D>& points);
     Bounds(const QVector3D& lower, const QVector3D& upper);
 
+    /// As they were given: lower above upper is not mended.
     QVector3D boxLowerBounds() const;
     QVector3D boxUpperBounds() const;
 

@@ -84,6 +84,8 @@ public:
     /// needs it even where direct access exists.
     bool isBindNeededForUpload() const;
 
+    /// What the object holds, without a call of OpenGL: the name (0 for none), the target that was set, and of what was
+    /// uploaded last the count of values and the bytes of each.
     GLuint getBO() const;
     GLenum target();
     int valueCount() const;

@@ -8,6 +8,7 @@
 #include "Export.h"
 
 #if defined(__GNUC__)
+/// Lets the compiler check the arguments against the format, where it can.
 #define VRK_PRINTF_LIKE(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
 #else
 #define VRK_PRINTF_LIKE(formatIndex, firstArgument)
@@ -39,6 +40,7 @@ VRKGL_EXPORT void assertionFailed(const char* file, int line, const char* condit
             ::Harrow::Vrk::Detail::logDebug(__FILE__, __LINE__, __VA_ARGS__);                                          \
     } while (false)
 
+/// The same at warning level.
 #define VRK_LOG_WARNING(...)                                                                                           \
     do                                                                                                                 \
     {                                                                                                                  \
@@ -46,6 +48,7 @@ VRKGL_EXPORT void assertionFailed(const char* file, int line, const char* condit
             ::Harrow::Vrk::Detail::logWarning(__FILE__, __LINE__, __VA_ARGS__);                                        \
     } while (false)
 
+/// The same at critical level.
 #define VRK_LOG_CRITICAL(...)                                                                                          \
     do                                                                                                                 \
     {                                                                                                                  \

@@ -44,6 +44,7 @@ class VRKGL_EXPORT DrawBuffers : public QObject, public Bindable
     Q_OBJECT
 
 public:
+    /// Without geometry. One instance is drawn until another number is set.
     explicit DrawBuffers(QObject* parent);
     ~DrawBuffers() override;
 
@@ -111,6 +112,7 @@ public:
     /// at.
     bool willDraw(ShaderProgram* program, const QList<int>* commandSubset);
 
+    /// What was set, without a call of OpenGL: null or 0 where nothing was.
     QSharedPointer<VertexArrayObject> VAO() const;
     QSharedPointer<BufferObject> indexBO() const;
     GLenum indexType() const;

@@ -11,6 +11,7 @@
 namespace Harrow::Vrk
 {
 
+/// The fields are in OpenGL's order, without gaps.
 struct DrawElementsIndirectCommand
 {
     std::uint32_t count;         ///< Number of indices.

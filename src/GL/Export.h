@@ -12,5 +12,6 @@
 #define VRKGL_EXPORT __declspec(dllimport)
 #endif
 #else
+/// Stands before what the library exports.
 #define VRKGL_EXPORT __attribute__((visibility("default")))
 #endif

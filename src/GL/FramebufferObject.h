@@ -91,6 +91,7 @@ public:
     /// Draws to all attached colour points, in the order of their attaching. With none OpenGL draws to no colour.
     void setDrawBuffers();
 
+    /// The name in OpenGL, 0 if there is none.
     GLuint getFBO() const;
 
     /// The texture on a point. Null, after an assertion, for a free one.
@@ -112,6 +113,8 @@ public:
     static void ResetNumFBOTextures();
 
 protected:
+    /// Make the name, and give it back. While bound both are reported and false, and so is `create` with a name
+    /// already. Without a name `destroy` does nothing and is true.
     bool create();
     bool destroy();
 

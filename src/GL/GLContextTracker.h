@@ -12,9 +12,11 @@
 namespace Harrow::Vrk
 {
 
+/// Remembers one context, and keeps nothing of it alive.
 class VRKGL_EXPORT GLContextTracker : public QObject
 {
 public:
+    /// Nothing is remembered yet.
     explicit GLContextTracker(QObject* parent = nullptr);
 
     /// Identity of the context that is current on this thread, or null: Qt's current context, and where Qt has none the

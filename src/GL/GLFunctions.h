@@ -25,7 +25,7 @@
 #define VRK_GLAPIENTRY
 #endif
 
-// The same types as in the system's headers: C++ allows a typedef to be repeated when it agrees.
+/// The same type as in the system's headers: C++ allows a typedef to be repeated when it agrees.
 typedef unsigned int GLenum;
 typedef unsigned char GLboolean;
 typedef unsigned int GLbitfield;
@@ -49,6 +49,7 @@ typedef struct __GLsync* GLsync;
 
 
 extern "C" {
+/// The entry point in the driver; null until it is loaded.
 extern VRKGL_EXPORT void (VRK_GLAPIENTRY* _ptrc_glBlendFunc)(GLenum, GLenum);
 extern VRKGL_EXPORT void (VRK_GLAPIENTRY* _ptrc_glClear)(GLbitfield);
 extern VRKGL_EXPORT void (VRK_GLAPIENTRY* _ptrc_glClearColor)(GLfloat, GLfloat, GLfloat, GLfloat);
@@ -384,6 +385,7 @@ namespace Detail
 /// Reports a call of an entry point that the driver lacks or that was not loaded yet.
 VRKGL_EXPORT void reportMissingGLFunction(const char* name);
 
+/// The same, and gives what the caller returns then: 0.
 template <typename Result> Result missing(const char* name)
 {
     reportMissingGLFunction(name);
@@ -391,6 +393,7 @@ template <typename Result> Result missing(const char* name)
 }
 } // namespace Detail
 
+/// OpenGL's function of that name, through its pointer.
 inline void glBlendFunc(GLenum sfactor, GLenum dfactor) { return ::_ptrc_glBlendFunc ? ::_ptrc_glBlendFunc(sfactor, dfactor) : Detail::missing<void>("glBlendFunc"); }
 inline void glClear(GLbitfield mask) { return ::_ptrc_glClear ? ::_ptrc_glClear(mask) : Detail::missing<void>("glClear"); }
 inline void glClearColor(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) { return ::_ptrc_glClearColor ? ::_ptrc_glClearColor(red, green, blue, alpha) : Detail::missing<void>("glClearColor"); }
@@ -688,9 +691,9 @@ inline void glGetUniformIndices(GLuint program, GLsizei uniformCount, const GLch
 inline void glPrimitiveRestartIndex(GLuint index) { return ::_ptrc_glPrimitiveRestartIndex ? ::_ptrc_glPrimitiveRestartIndex(index) : Detail::missing<void>("glPrimitiveRestartIndex"); }
 inline void glTexBuffer(GLenum target, GLenum internalformat, GLuint buffer) { return ::_ptrc_glTexBuffer ? ::_ptrc_glTexBuffer(target, internalformat, buffer) : Detail::missing<void>("glTexBuffer"); }
 inline void glUniformBlockBinding(GLuint program, GLuint uniformBlockIndex, GLuint uniformBlockBinding) { return ::_ptrc_glUniformBlockBinding ? ::_ptrc_glUniformBlockBinding(program, uniformBlockIndex, uniformBlockBinding) : Detail::missing<void>("glUniformBlockBinding"); }
-struct Call_glClientWaitSync { GLenum operator()(GLsync sync, GLbitfield flags, GLuint64 timeout) const { return ::_ptrc_glClientWaitSync ? ::_ptrc_glClientWaitSync(sync, flags, timeout) : Detail::missing<GLenum>("glClientWaitSync"); } };
+/** Type of the object that is called as `glClientWaitSync`. */ struct Call_glClientWaitSync { /** The call, through the pointer. */ GLenum operator()(GLsync sync, GLbitfield flags, GLuint64 timeout) const { return ::_ptrc_glClientWaitSync ? ::_ptrc_glClientWaitSync(sync, flags, timeout) : Detail::missing<GLenum>("glClientWaitSync"); } };
 inline constexpr Call_glClientWaitSync glClientWaitSync{};
-struct Call_glDeleteSync { void operator()(GLsync sync) const { return ::_ptrc_glDeleteSync ? ::_ptrc_glDeleteSync(sync) : Detail::missing<void>("glDeleteSync"); } };
+/** Type of the object that is called as `glDeleteSync`. */ struct Call_glDeleteSync { /** The call, through the pointer. */ void operator()(GLsync sync) const { return ::_ptrc_glDeleteSync ? ::_ptrc_glDeleteSync(sync) : Detail::missing<void>("glDeleteSync"); } };
 inline constexpr Call_glDeleteSync glDeleteSync{};
 inline void glDrawElementsBaseVertex(GLenum mode, GLsizei count, GLenum type, const void* indices, GLint basevertex) { return ::_ptrc_glDrawElementsBaseVertex ? ::_ptrc_glDrawElementsBaseVertex(mode, count, type, indices, basevertex) : Detail::missing<void>("glDrawElementsBaseVertex"); }
 inline void glDrawElementsInstancedBaseVertex(GLenum mode, GLsizei count, GLenum type, const void* indices, GLsizei instancecount, GLint basevertex) { return ::_ptrc_glDrawElementsInstancedBaseVertex ? ::_ptrc_glDrawElementsInstancedBaseVertex(mode, count, type, indices, instancecount, basevertex) : Detail::missing<void>("glDrawElementsInstancedBaseVertex"); }
@@ -701,16 +704,16 @@ inline void glGetBufferParameteri64v(GLenum target, GLenum pname, GLint64* param
 inline void glGetInteger64i_v(GLenum target, GLuint index, GLint64* data) { return ::_ptrc_glGetInteger64i_v ? ::_ptrc_glGetInteger64i_v(target, index, data) : Detail::missing<void>("glGetInteger64i_v"); }
 inline void glGetInteger64v(GLenum pname, GLint64* data) { return ::_ptrc_glGetInteger64v ? ::_ptrc_glGetInteger64v(pname, data) : Detail::missing<void>("glGetInteger64v"); }
 inline void glGetMultisamplefv(GLenum pname, GLuint index, GLfloat* val) { return ::_ptrc_glGetMultisamplefv ? ::_ptrc_glGetMultisamplefv(pname, index, val) : Detail::missing<void>("glGetMultisamplefv"); }
-struct Call_glGetSynciv { void operator()(GLsync sync, GLenum pname, GLsizei count, GLsizei* length, GLint* values) const { return ::_ptrc_glGetSynciv ? ::_ptrc_glGetSynciv(sync, pname, count, length, values) : Detail::missing<void>("glGetSynciv"); } };
+/** Type of the object that is called as `glGetSynciv`. */ struct Call_glGetSynciv { /** The call, through the pointer. */ void operator()(GLsync sync, GLenum pname, GLsizei count, GLsizei* length, GLint* values) const { return ::_ptrc_glGetSynciv ? ::_ptrc_glGetSynciv(sync, pname, count, length, values) : Detail::missing<void>("glGetSynciv"); } };
 inline constexpr Call_glGetSynciv glGetSynciv{};
-struct Call_glIsSync { GLboolean operator()(GLsync sync) const { return ::_ptrc_glIsSync ? ::_ptrc_glIsSync(sync) : Detail::missing<GLboolean>("glIsSync"); } };
+/** Type of the object that is called as `glIsSync`. */ struct Call_glIsSync { /** The call, through the pointer. */ GLboolean operator()(GLsync sync) const { return ::_ptrc_glIsSync ? ::_ptrc_glIsSync(sync) : Detail::missing<GLboolean>("glIsSync"); } };
 inline constexpr Call_glIsSync glIsSync{};
 inline void glMultiDrawElementsBaseVertex(GLenum mode, const GLsizei* count, GLenum type, const void* const* indices, GLsizei drawcount, const GLint* basevertex) { return ::_ptrc_glMultiDrawElementsBaseVertex ? ::_ptrc_glMultiDrawElementsBaseVertex(mode, count, type, indices, drawcount, basevertex) : Detail::missing<void>("glMultiDrawElementsBaseVertex"); }
 inline void glProvokingVertex(GLenum mode) { return ::_ptrc_glProvokingVertex ? ::_ptrc_glProvokingVertex(mode) : Detail::missing<void>("glProvokingVertex"); }
 inline void glSampleMaski(GLuint maskNumber, GLbitfield mask) { return ::_ptrc_glSampleMaski ? ::_ptrc_glSampleMaski(maskNumber, mask) : Detail::missing<void>("glSampleMaski"); }
 inline void glTexImage2DMultisample(GLenum target, GLsizei samples, GLenum internalformat, GLsizei width, GLsizei height, GLboolean fixedsamplelocations) { return ::_ptrc_glTexImage2DMultisample ? ::_ptrc_glTexImage2DMultisample(target, samples, internalformat, width, height, fixedsamplelocations) : Detail::missing<void>("glTexImage2DMultisample"); }
 inline void glTexImage3DMultisample(GLenum target, GLsizei samples, GLenum internalformat, GLsizei width, GLsizei height, GLsizei depth, GLboolean fixedsamplelocations) { return ::_ptrc_glTexImage3DMultisample ? ::_ptrc_glTexImage3DMultisample(target, samples, internalformat, width, height, depth, fixedsamplelocations) : Detail::missing<void>("glTexImage3DMultisample"); }
-struct Call_glWaitSync { void operator()(GLsync sync, GLbitfield flags, GLuint64 timeout) const { return ::_ptrc_glWaitSync ? ::_ptrc_glWaitSync(sync, flags, timeout) : Detail::missing<void>("glWaitSync"); } };
+/** Type of the object that is called as `glWaitSync`. */ struct Call_glWaitSync { /** The call, through the pointer. */ void operator()(GLsync sync, GLbitfield flags, GLuint64 timeout) const { return ::_ptrc_glWaitSync ? ::_ptrc_glWaitSync(sync, flags, timeout) : Detail::missing<void>("glWaitSync"); } };
 inline constexpr Call_glWaitSync glWaitSync{};
 inline void glDrawArraysIndirect(GLenum mode, const void* indirect) { return ::_ptrc_glDrawArraysIndirect ? ::_ptrc_glDrawArraysIndirect(mode, indirect) : Detail::missing<void>("glDrawArraysIndirect"); }
 inline void glDrawElementsIndirect(GLenum mode, GLenum type, const void* indirect) { return ::_ptrc_glDrawElementsIndirect ? ::_ptrc_glDrawElementsIndirect(mode, type, indirect) : Detail::missing<void>("glDrawElementsIndirect"); }

@@ -2,8 +2,8 @@
 #pragma once
 
 /// \file
-/// The text stage in front of the GLSL compiler: expands #include, #macro and #instancedata and writes the
-/// held defines behind each #version. A GLSLMacroProcessor holds what varies between shader builds; the
+/// The text stage in front of the GLSL compiler: expands `#include`, `#macro` and `#instancedata` and writes the
+/// held defines behind each `#version`. A GLSLMacroProcessor holds what varies between shader builds; the
 /// expansion itself is the static function process. Nothing here touches OpenGL.
 
 #include "Export.h"

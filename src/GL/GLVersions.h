@@ -11,6 +11,7 @@
 namespace Harrow::Vrk
 {
 
+/// Needs no context.
 class VRKGL_EXPORT GLVersions
 {
 public:

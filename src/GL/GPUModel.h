@@ -36,6 +36,7 @@ class TextureManager;
 /// A light as the scene's file or application defines it. Stored and given back; the library reads nothing of it.
 struct Light
 {
+    /// As its source wrote it.
     quint32 payload[15] = {};
     quint64 bits = 0;
 
@@ -72,6 +73,7 @@ struct Light
 class VRKGL_EXPORT GPUModel
 {
 public:
+    /// What stands for none where an index is expected.
     static constexpr int kInvalidTransformRef = -1;
     static constexpr int kInvalidBoundingBoxRef = -1;
     static constexpr int kInvalidCameraIndex = -1;
@@ -88,20 +90,21 @@ public:
     /// A draw list, its records, and what is known of each of its commands.
     struct Drawable
     {
-        DrawBuffers* drawBuffers = nullptr;
-        InstanceDataCollection* materialData = nullptr;
-        InstanceDataCollection* objectData = nullptr; ///< Gets the matrices.
-        quint64 flags = 0;
-        qint32 handle = 0;
-        QList<int> transformRefs;   ///< For each command, -1 for none.
-        QList<int> boundingBoxRefs; ///< For each command, -1 for none.
-        QList<bool> culled;         ///< For each command.
-        qint32 culledCount = 0;
+        DrawBuffers* drawBuffers = nullptr;             ///< Vertices, indices and commands.
+        InstanceDataCollection* materialData = nullptr; ///< The records of materials.
+        InstanceDataCollection* objectData = nullptr;   ///< Gets the matrices.
+        quint64 flags = 0;                              ///< See the class.
+        qint32 handle = 0;                              ///< What `add` gave.
+        QList<int> transformRefs;                       ///< For each command, -1 for none.
+        QList<int> boundingBoxRefs;                     ///< For each command, -1 for none.
+        QList<bool> culled;                             ///< For each command.
+        qint32 culledCount = 0;                         ///< Of the commands.
     };
 
     /// In the space of the geometry that it bounds.
     struct BoundingBox
     {
+        /// The lower and the upper corner.
         float minX = 0.0f, minY = 0.0f, minZ = 0.0f;
         float maxX = 0.0f, maxY = 0.0f, maxZ = 0.0f;
     };
@@ -109,9 +112,11 @@ public:
     /// One instance of a drawable, which has the number of a draw command.
     struct InstanceRef
     {
+        /// The handle of the drawable, and which of its instances.
         qint32 drawable = 0;
         qint32 instance = 0;
 
+        /// Whether both are equal.
         friend bool operator==(const InstanceRef& a, const InstanceRef& b)
         {
             return a.drawable == b.drawable && a.instance == b.instance;
@@ -121,20 +126,21 @@ public:
     /// Lengths in one unit of the application's; the transform's -z looks ahead.
     struct Camera
     {
-        qint32 transform = 0;
+        qint32 transform = 0;            ///< Its index.
         float horizontalAperture = 0.0f; ///< Width of the film.
-        float verticalAperture = 0.0f;
-        float horizontalOffset = 0.0f; ///< Of the film.
-        float verticalOffset = 0.0f;
-        float focalLength = 0.0f;
+        float verticalAperture = 0.0f;   ///< Height of the film.
+        float horizontalOffset = 0.0f;   ///< Of the film.
+        float verticalOffset = 0.0f;     ///< Of the film, along its height.
+        float focalLength = 0.0f;        ///< From the film.
         float projectionDistance = 0.0f; ///< Where an orthographic camera's film is scaled.
-        quint32 spare[2] = {};
-        qint32 projection = 0; ///< 0 perspective, 1 orthographic.
-        float farClip = 0.0f;  ///< 0 for the model's default, as with the next one.
-        float nearClip = 0.0f;
+        quint32 spare[2] = {};           ///< Not read.
+        qint32 projection = 0;           ///< 0 perspective, 1 orthographic.
+        float farClip = 0.0f;            ///< 0 for the model's default, as with the next one.
+        float nearClip = 0.0f;           ///< 0 for the model's default.
     };
 
     GPUModel();
+    /// Share lists, draw lists and records, as told above.
     GPUModel(const GPUModel& other);
     GPUModel& operator=(const GPUModel& other);
     /// Clears.
@@ -185,6 +191,7 @@ public:
     /// Removes drawables, transforms and names. Cameras, lights, boxes and settings stay.
     void clear();
 
+    /// The highest numbers in the flags of the drawables, and the sum of the vertices of their draw lists.
     unsigned maxUVSets() const;
     unsigned maxTangentSets() const;
     int getTotalVerts() const;
@@ -222,11 +229,13 @@ public:
     /// Whether this transform or one above it is hidden with its descendants. False for -1.
     bool isParentHidden(int index) const;
 
+    /// A name that another transform has goes over to this one.
     void setTransformName(int index, const QString& name);
     /// -1 for an unknown name.
     int findTransform(const QString& name) const;
     QList<QString> transformNames() const;
 
+    /// As it was last set.
     QMatrix4x4 localTransform(int index) const;
     /// As they were last updated.
     QMatrix4x4 worldTransform(int index) const;

@@ -10,6 +10,7 @@
 namespace Harrow::Vrk
 {
 
+/// Knows a picture by the identifier alone; whether the rest is sound, the reader tells.
 class VRKGL_EXPORT HDRRecogniser : public TextureRecogniser
 {
 public:

@@ -46,6 +46,7 @@ public:
     /// Write the token of a texture, which a manager gives out: the one in use if none is named. By name, another type
     /// of member is reported, and gets as many bytes of the token as it has itself, or nothing if it is larger.
     ///@{
+    /// By the member's name, or by its offset in bytes. A path is that of an image.
     void setTexture(const QString& dataName, const QString& imagePath);
     void setTexture(const QString& dataName, Texture* texture);
     void setTexture(const QString& dataName, Texture* texture, TextureManager* textureManager);
@@ -65,6 +66,7 @@ public:
     /// The plan's name; empty without a plan.
     QString name() const;
 
+    /// Bytes: the record, the object itself, and the tokens.
     size_t memoryEstimateCPU() const;
 
 private:

@@ -52,6 +52,8 @@ public:
     /// their tokens reachable through `textureManager`, or `TextureManager::Instance()`. Null for either leaves that
     /// part out. False when no buffer can be had. The same program, manager and records are given to `unbind`.
     ///@{
+    /// Where no manager is named it is `TextureManager::Instance()`; where no program is, the one bound in this
+    /// context.
     bool bind() override;
     bool bind(TextureManager* textureManager);
     bool bind(ShaderProgram* program, TextureManager* textureManager);
@@ -93,6 +95,7 @@ public:
     InstanceDataPlan* plan() const;
     const QByteArray& dataArray() const;
 
+    /// Bytes: the records, the object itself, the tokens, and those of the uniform buffer object.
     size_t memoryEstimateCPU() const;
     /// Bytes of the buffer; textures are not counted.
     size_t memoryEstimateGPU() const;

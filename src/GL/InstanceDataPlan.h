@@ -76,6 +76,7 @@ public:
         eStorageBufferMechanism  ///< A storage block without a size; see `supportsStorageMechanism`.
     };
 
+    /// Without members. A copy has members and settings of its own.
     explicit InstanceDataPlan(const QString& name);
     InstanceDataPlan(const InstanceDataPlan& other);
     InstanceDataPlan& operator=(const InstanceDataPlan& other);
@@ -106,6 +107,7 @@ public:
     /// The unit to be added to the program as a stage of its own, for each stage that calls accessors.
     QString glslc() const;
 
+    /// What the plan was made with, and what was set.
     QString name() const;
     MechanismType mechanism() const;
     /// Number of records that the GLSL declares. Reported before the plan is registered.

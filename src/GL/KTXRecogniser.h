@@ -10,6 +10,7 @@
 namespace Harrow::Vrk
 {
 
+/// Knows a file by the identifier alone; whether the rest is sound, the reader tells.
 class VRKGL_EXPORT KTXRecogniser : public TextureRecogniser
 {
 public:

@@ -37,6 +37,7 @@ public:
 protected:
     friend struct MandelbrotTestAccess;
 
+    /// The rectangle of the plane, and whether it has changed since the picture was computed.
     double _domainMinX = -2.5;
     double _domainMinY = -1.0;
     double _domainMaxX = 1.0;

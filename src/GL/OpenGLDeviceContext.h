@@ -25,6 +25,7 @@ class VRKGL_EXPORT OpenGLDeviceContext
 {
 public:
     OpenGLDeviceContext();
+    /// Share the quad.
     OpenGLDeviceContext(const OpenGLDeviceContext& other);
     OpenGLDeviceContext& operator=(const OpenGLDeviceContext& other);
     virtual ~OpenGLDeviceContext();
@@ -44,6 +45,7 @@ public:
     /// of a subclass gave null.
     virtual QSharedPointer<DrawBuffers> newFullscreenQuad();
 
+    /// Without attributes. The quad is made of one too.
     virtual QSharedPointer<VertexArrayObject> newVAO();
 
     /// Connects `buffer`, whose target says of which kind it is, to the block `blockName`.

@@ -32,6 +32,7 @@ class UniformBufferObject;
 class VRKGL_EXPORT ParameterMechanism
 {
 public:
+    /// `planName` goes into the names that the GLSL declares.
     explicit ParameterMechanism(const QString& planName);
     virtual ~ParameterMechanism();
 
@@ -80,6 +81,7 @@ public:
     static QString glslFunctionHead(InstanceDataPlan::DataType type, const QString& member, const QString& arguments);
 
 protected:
+    /// `glslFunctionHead` with the index of a record as its argument.
     static QString glslIndexedHead(InstanceDataPlan::DataType type, const QString& member);
     /// Where in a record a member lies, as a comment behind its accessor.
     static QString glslOffsetComment(InstanceDataPlan::DataType type, size_t offset);
@@ -87,12 +89,14 @@ protected:
     /// What a carrier keeps in a collection.
     struct Carried
     {
+        /// All borrowed from the collection but `usage`, OpenGL's hint for uploads.
         const QByteArray& data;
         bool& dirty;
         QSharedPointer<Texture>& integerTexture;
         QSharedPointer<Texture>& floatTexture;
         int usage;
     };
+    /// What the collection lends to its carrier.
     static Carried carried(InstanceDataCollection* collection);
 
     /// Lets the manager reach the textures of the collection's tokens, which are collected first if they are not known;
@@ -100,6 +104,7 @@ protected:
     static void bindTokens(TextureManager* textureManager, InstanceDataCollection* collection);
     static void unbindTokens(TextureManager* textureManager, InstanceDataCollection* collection);
 
+    /// As it was given to the constructor.
     QString _planName;
 };
 

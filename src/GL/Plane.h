@@ -13,8 +13,8 @@
 namespace Harrow::Vrk
 {
 
-/// The points `p` with `normal . p == distance`. All points and distances are in one space of the caller's choice and
-/// in its unit of length; distances are in that unit only as far as the normal has length 1, which nothing here
+/// The points `p` with `dot(normal, p) == distance`. All points and distances are in one space of the caller's choice
+/// and in its unit of length; distances are in that unit only as far as the normal has length 1, which nothing here
 /// enforces. A default plane has a zero normal and distance 0, and so has every point on it.
 struct VRKGL_EXPORT Plane
 {
@@ -37,6 +37,7 @@ struct VRKGL_EXPORT Plane
     /// number.
     int WhichSide(const QVector3D& point) const;
 
+    /// As they were given.
     QVector3D normal;
     float distance = 0.0f;
 };

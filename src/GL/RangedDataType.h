@@ -17,6 +17,7 @@ namespace Harrow::Vrk
 /// alias counts as a ranged number there; any other is an unknown type, which sets nothing.
 template <typename T> struct RangedDataType
 {
+    /// The bounds are told to whoever edits the value; nothing here keeps it within them.
     T value = T();
     T minimum = T();
     T maximum = T();

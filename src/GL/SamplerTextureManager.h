@@ -27,6 +27,7 @@ public:
     /// The context must be current.
     ~SamplerTextureManager() override;
 
+    /// The other forms, which those below would hide.
     using TextureManager::bind;
     using TextureManager::unbind;
 

@@ -42,6 +42,7 @@ public:
     /// Writes the expanded source to a text file, as UTF-8. Does nothing when the file doesn't open.
     void dumpSourceCode(const QString& path) const;
 
+    /// Whether there is an OpenGL shader that compiled.
     bool isCompiled() const;
     /// The driver's text about the last compilation that failed; a later success leaves it.
     QString log() const;

@@ -203,6 +203,7 @@ public:
     /// `QVariant::fromValue(ranged)` reports the meta-type name and is an unknown type here: pass `ranged.value`.
     bool setUniform(int location, const QVariant& value);
 
+    /// The same for the uniform of that name.
     bool setUniform(const QString& name, const QList<float>& values);
     bool setUniform(const QString& name, const QList<float>& values, int tupleSize);
     bool setUniform(const QString& name, const QList<int>& values, int tupleSize);

@@ -112,6 +112,7 @@ class VRKGL_EXPORT ShadowMapManager::Light : public QObject
     Q_OBJECT
 
 public:
+    /// Tells how projections are fitted to the light.
     enum Type
     {
         ePoint = 0,
@@ -120,8 +121,10 @@ public:
     };
     Q_ENUM(Type)
 
+    /// A point light that is on and casts shadows, without cascades or cone.
     explicit Light(QObject* parent = nullptr);
 
+    /// Only a light that is on and casts shadows gets projections.
     void setType(Type type);
     void setOn(bool on);
     void setShadowCaster(bool shadowCaster);
@@ -134,6 +137,7 @@ public:
     /// To the world from the light's space. A transform that can't be inverted counts as identity.
     void setTransform(const QMatrix4x4& worldFromLight);
 
+    /// As they were set.
     Type type() const;
     bool on() const;
     bool shadowCaster() const;
@@ -165,16 +169,19 @@ public:
         Transform(const QMatrix4x4& matrix);
         Transform& operator=(const QMatrix4x4& matrix);
 
+        /// The same numbers, as Qt's matrix.
         QMatrix4x4 toMatrix() const;
         /// Element by element, exactly; false where one is not a number.
         bool operator==(const QMatrix4x4& matrix) const;
 
+        /// Column after column.
         float values[16] = {};
     };
 
     /// The projections of a light: how many, and the first. An ivec2 in GLSL.
     struct ProjectorInfo
     {
+        /// Of the projections; `index` is that of the first.
         qint32 count = 0;
         qint32 index = 0;
     };
@@ -182,9 +189,11 @@ public:
     /// How soft the edge of a projection's shadows is meant to be. For the application.
     struct BlurInfo
     {
+        /// As it was set.
         float blur = 0.0005f;
     };
 
+    /// Without a texture, and all projections zero.
     explicit RenderData(QObject* parent = nullptr);
 
     /// The depth array texture, a layer for each projection. Borrowed: it must live as long as it is set.
@@ -193,15 +202,16 @@ public:
     /// and false.
     bool setTransform(int index, const QMatrix4x4& matrix, float blur);
 
+    /// As it was set; null at the start.
     Texture* projectionTexture() const;
 
 private:
     Texture* _projectionTexture = nullptr;
 
 public:
-    qint32 lightCount = 0;     ///< that the last `processLights` took
-    qint32 transformCount = 0; ///< in use
-    QList<Transform> transforms;
+    qint32 lightCount = 0;               ///< that the last `processLights` took
+    qint32 transformCount = 0;           ///< in use
+    QList<Transform> transforms;         ///< by layer
     QList<ProjectorInfo> projectorInfos; ///< by light
     QList<BlurInfo> blurInfos;           ///< by transform
 };

@@ -88,6 +88,7 @@ public:
     /// Forbids every further change, for good.
     void setReadOnly();
 
+    /// What the object holds, without a call of OpenGL. The target is 0 until it is set.
     unsigned target() const;
     unsigned textureID() const;
     bool isReadOnly() const;

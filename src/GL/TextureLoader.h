@@ -28,6 +28,7 @@ public:
     /// Whether the header was read and accepted. The other answers count only if so.
     virtual bool valid() const = 0;
 
+    /// What the header tells of the texture.
     virtual bool isCompressed() const = 0;
     virtual bool isArrayTexture() const = 0;
     virtual bool isCubeMapTexture() const = 0;

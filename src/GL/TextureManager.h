@@ -113,6 +113,8 @@ public:
     /// \name Drawing
     /// `bind()` and `unbind()` serve the program in use, whichever made it.
     ///@{
+    /// The forms with tokens announce what will be drawn; those with a program make it reachable for that one. What
+    /// each kind of manager does in them, it tells itself.
     virtual void bind(ShaderProgram* program) = 0;
     virtual void bind();
     virtual void bind(const QList<TextureToken>& tokens) = 0;
@@ -172,6 +174,7 @@ public:
     bool deleteUDIM(TextureToken token);
     ///@}
 
+    /// As `setMaxSlots` has set it.
     int getMaxSlots() const;
 
     /// Directory that relative paths of images count from; the current one if empty.

@@ -15,6 +15,7 @@ namespace Harrow::Vrk
 class Memory;
 class TextureLoader;
 
+/// One serves all files, and keeps nothing of them.
 class VRKGL_EXPORT TextureRecogniser
 {
 public:

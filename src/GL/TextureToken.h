@@ -33,6 +33,7 @@ struct VRKGL_EXPORT TextureToken
     static QList<TextureToken>& unite(QList<TextureToken>& list, const QList<TextureToken>& other);
     ///@}
 
+    /// By the number.
     friend constexpr bool operator==(const TextureToken& a, const TextureToken& b)
     {
         return a.token == b.token;
@@ -42,6 +43,7 @@ struct VRKGL_EXPORT TextureToken
         return a.token != b.token;
     }
 
+    /// All bits set is the invalid token.
     quint64 token = ~quint64(0);
 };
 

@@ -58,6 +58,7 @@ public:
     /// The buffer's binding point in the current context. After an assertion: 0 without a buffer, -1 if it has none.
     int uniformBlockBinding() const;
 
+    /// The buffer that is bound; null for none.
     QSharedPointer<BufferObject> bufferObject() const;
 
     /// Bytes of this object, its block name and the buffer's own record.

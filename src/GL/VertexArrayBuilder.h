@@ -84,6 +84,7 @@ public:
     /// the same name and gives way to it: so the class also compiles, and both names can be called, where a header maps
     /// OpenGL's names to the table's pointers by macros.
     ///@{
+    /// `VertexArrayBuilderStorage::pushData` on the attribute.
     void _ptrc_glVertexAttrib2f(unsigned int index, float x, float y);
     void _ptrc_glVertexAttrib3f(unsigned int index, float x, float y, float z);
     template <typename = void> void glVertexAttrib2f(unsigned int index, float x, float y)
@@ -96,11 +97,13 @@ public:
     }
     ///@}
 
+    /// The values of the array, vertex after vertex.
     const QList<float>& getVertexData() const;
     const QList<float>& getColorData() const;
     const QList<float>& getNormalData() const;
     const QList<float>& getTexCoordData() const;
 
+    /// The array itself.
     const VertexArrayBuilderStorage& getVertexStorage() const;
     const VertexArrayBuilderStorage& getColorStorage() const;
     const VertexArrayBuilderStorage& getNormalStorage() const;
