@@ -77,7 +77,7 @@ template <typename Value> constexpr bool isValueType()
 
 static_assert(isValueType<VertexArrayBuilderStorage>() && isValueType<VertexArrayBuilder>());
 
-// ---- one array: the spec -------------------------------------------------------------------------------------------
+// ---- one array: its component count --------------------------------------------------------------------------------
 
 TEST(VertexArrayBuilderStorageTest, AFreshOneHasNoSpecAndNoData)
 {

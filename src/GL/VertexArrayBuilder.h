@@ -44,7 +44,8 @@ private:
     QList<float> _data;
 };
 
-/// The four classic arrays and generic attributes by index. A value type. Of each array in use the spec comes first:
+/// The four classic arrays and generic attributes by index. A value type. Of each array in use the component count
+/// comes first:
 ///
 ///     VertexArrayBuilder builder;
 ///     builder.setVertexSpec(3, 2);
