@@ -5,6 +5,7 @@
 #include "PrefilteredEnvMap.h"
 
 #include "EnvironmentDriverTestTools.h"
+#include "GLStateTools.h"
 #include "ShaderProgram.h"
 
 #include <QDir>
@@ -21,80 +22,6 @@ using namespace Environment;
 
 namespace
 {
-
-using Values = std::vector<double>;
-using State = std::map<std::string, Values>;
-
-struct Query
-{
-    const char* name;
-    GLenum parameter;
-    std::size_t values;
-};
-
-constexpr Query kQueries[] = {{"active texture", GL_ACTIVE_TEXTURE, 1},
-                              {"array buffer", GL_ARRAY_BUFFER_BINDING, 1},
-                              {"blend source", GL_BLEND_SRC_RGB, 1},
-                              {"clear colour", GL_COLOR_CLEAR_VALUE, 4},
-                              {"clear depth", GL_DEPTH_CLEAR_VALUE, 1},
-                              {"colour mask", GL_COLOR_WRITEMASK, 4},
-                              {"depth function", GL_DEPTH_FUNC, 1},
-                              {"depth mask", GL_DEPTH_WRITEMASK, 1},
-                              {"draw framebuffer", GL_DRAW_FRAMEBUFFER_BINDING, 1},
-                              {"read framebuffer", GL_READ_FRAMEBUFFER_BINDING, 1},
-                              {"pack alignment", GL_PACK_ALIGNMENT, 1},
-                              {"unpack alignment", GL_UNPACK_ALIGNMENT, 1},
-                              {"program", GL_CURRENT_PROGRAM, 1},
-                              {"scissor box", GL_SCISSOR_BOX, 4},
-                              {"vertex array", GL_VERTEX_ARRAY_BINDING, 1},
-                              {"viewport", GL_VIEWPORT, 4}};
-
-constexpr Query kCapabilities[] = {{"blend", GL_BLEND, 0},
-                                   {"cull face", GL_CULL_FACE, 0},
-                                   {"depth test", GL_DEPTH_TEST, 0},
-                                   {"framebuffer sRGB", GL_FRAMEBUFFER_SRGB, 0},
-                                   {"scissor test", GL_SCISSOR_TEST, 0},
-                                   {"seamless cube maps", GL_TEXTURE_CUBE_MAP_SEAMLESS, 0},
-                                   {"stencil test", GL_STENCIL_TEST, 0}};
-
-State currentState()
-{
-    State state;
-    for (const Query& query : kQueries)
-    {
-        double values[4] = {};
-        glGetDoublev(query.parameter, values);
-        state[query.name] = Values(values, values + query.values);
-    }
-    for (const Query& query : kCapabilities)
-        state[query.name] = {double(glIsEnabled(query.parameter))};
-    const auto active = static_cast<GLenum>(state["active texture"][0]);
-    GLint units = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &units);
-    for (int unit = 0; unit < units; ++unit)
-    {
-        glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-        for (const auto& [name, binding] :
-             {std::pair("2D ", GL_TEXTURE_BINDING_2D), {"cube ", GL_TEXTURE_BINDING_CUBE_MAP}})
-        {
-            GLint bound = 0;
-            glGetIntegerv(static_cast<GLenum>(binding), &bound);
-            state[name + std::to_string(unit)] = {double(bound)};
-        }
-    }
-    glActiveTexture(active);
-    return state;
-}
-
-/// What is not as it was before, with its value now.
-State changesSince(const State& before)
-{
-    State changes;
-    for (const auto& [name, values] : currentState())
-        if (values != before.at(name))
-            changes[name] = values;
-    return changes;
-}
 
 double lastUnit()
 {
@@ -148,7 +75,7 @@ private:
 /// What all three functions change of that.
 State commonChanges()
 {
-    return {{"blend", {0}}, {"depth test", {1}}, {"depth mask", {1}}};
+    return {{"GL_BLEND", {0}}, {"GL_DEPTH_TEST", {1}}, {"GL_DEPTH_WRITEMASK", {1}}};
 }
 
 } // namespace
@@ -206,7 +133,7 @@ protected:
         EXPECT_TRUE(alive == Alive());
         EXPECT_EQ(ShaderProgram::currentShaderProgram(), nullptr);
         State changes = changesSince(before);
-        changes.erase("active texture");
+        changes.erase("GL_ACTIVE_TEXTURE");
         EXPECT_EQ(changes, State());
         EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
     }
@@ -223,10 +150,10 @@ TEST_F(PrefilteredEnvMapStateGL, ACubeMapLeavesTheToldState)
     const State before = currentState();
     ASSERT_TRUE(makers()[0].make(SHADING_PHYSICALLY_BASED));
     State expected = commonChanges();
-    expected["clear colour"] = {1, 1, 0, 1};
-    expected["draw framebuffer"] = {0};
-    expected["read framebuffer"] = {0};
-    expected["active texture"] = {lastUnit()};
+    expected["GL_COLOR_CLEAR_VALUE"] = {1, 1, 0, 1};
+    expected["GL_DRAW_FRAMEBUFFER_BINDING"] = {0};
+    expected["GL_READ_FRAMEBUFFER_BINDING"] = {0};
+    expected["GL_ACTIVE_TEXTURE"] = {lastUnit()};
     EXPECT_EQ(changesSince(before), expected);
 }
 
@@ -240,10 +167,10 @@ TEST_F(PrefilteredEnvMapStateGL, ALatLongMapLeavesTheToldState)
         glEnable(GL_SCISSOR_TEST);
         ASSERT_TRUE(makers()[1].make(SHADING_LAMBERTIAN_DIFFUSE));
         State expected = commonChanges();
-        expected["clear colour"] = {1, 1, 0, 1};
-        expected["active texture"] = {GL_TEXTURE0};
-        expected["2D 0"] = {0};
-        expected["scissor box"] = {0, 0, 2, 1}; // the last tile
+        expected["GL_COLOR_CLEAR_VALUE"] = {1, 1, 0, 1};
+        expected["GL_ACTIVE_TEXTURE"] = {GL_TEXTURE0};
+        expected["GL_TEXTURE_BINDING_2D 0"] = {0};
+        expected["GL_SCISSOR_BOX"] = {0, 0, 2, 1}; // the last tile
         EXPECT_EQ(changesSince(before), expected);
     }
 }
@@ -254,7 +181,7 @@ TEST_F(PrefilteredEnvMapStateGL, TheTableLeavesTheToldState)
     const State before = currentState();
     ASSERT_TRUE(makers()[2].make(SHADING_TRADITIONAL));
     State expected = commonChanges();
-    expected["active texture"] = {lastUnit()};
+    expected["GL_ACTIVE_TEXTURE"] = {lastUnit()};
     EXPECT_EQ(changesSince(before), expected);
 }
 

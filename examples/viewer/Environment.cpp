@@ -170,16 +170,19 @@ float Environment::brightness()
 
 void Environment::bind(ShaderProgram& program)
 {
-    const std::pair<const char*, Texture*> maps[] = {{"u_EnvironmentSource", _source.get()},
-                                                     {"u_EnvironmentSpecular", _specular.get()},
-                                                     {"u_EnvironmentDiffuse", _diffuse.get()},
-                                                     {"u_EnvironmentTable", _table.get()}};
-    for (const auto& [name, texture] : maps)
+    static const QString scaleName = QStringLiteral("u_EnvironmentScale");
+    static const std::pair<QString, Map Environment::*> samplers[] = {
+        {QStringLiteral("u_EnvironmentSource"), &Environment::_source},
+        {QStringLiteral("u_EnvironmentSpecular"), &Environment::_specular},
+        {QStringLiteral("u_EnvironmentDiffuse"), &Environment::_diffuse},
+        {QStringLiteral("u_EnvironmentTable"), &Environment::_table}};
+    for (const auto& [name, map] : samplers)
     {
+        Texture* const texture = (this->*map).get();
         texture->bind();
-        program.setUniform(QLatin1String(name), QVariant(texture->unit()));
+        program.setUniform(name, QVariant(texture->unit()));
     }
-    program.setUniform(QStringLiteral("u_EnvironmentScale"), QVariant(_scale));
+    program.setUniform(scaleName, QVariant(_scale));
 }
 
 void Environment::unbind()
