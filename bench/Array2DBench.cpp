@@ -273,15 +273,10 @@ BENCHMARK(endShuffled<kMany>)->Name("endShuffledMany")->Apply(Bench::repeat);
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
-        return 1;
     qputenv("VRK_ENABLE_LOGGING", "0"); // 10,000 tokens are more than some drivers have room for in the table's texture
     Bench::NoOperationContext context;
-    if (!context.isReady())
-    {
-        std::fprintf(stderr, "no OpenGL context\n");
+    if (!Bench::start(argc, argv, context))
         return 1;
-    }
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     times.printRatio("place, one of 1,000 beside one of 100", "placeMore", kMore, "placeFew", kFew);

@@ -175,13 +175,12 @@ BENCHMARK(bareGeometries)->Apply(Bench::repeat);
 int main(int argc, char** argv)
 {
     Bench::NoOperationContext context;
-    if (!Bench::initialize(argc, argv) || !context.isReady())
+    if (!Bench::start(argc, argv, context))
         return 1;
     Scene drawn;
     scene = &drawn;
     if (!drawn.ready)
         return 1;
-    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     times.printRatio("draw, one object", "drawOne", "bareOne", kDraws);

@@ -5,6 +5,7 @@
 /// What the benchmarks of OpenGL calls share: a context on Mesa's no-operation driver, so that the processor's share
 /// alone is measured, and a report that keeps each benchmark's best time for the ratios at the end.
 
+#include "GLFunctions.h"
 #include "GLUtilities.h"
 #include "support/HeadlessContext.h"
 
@@ -14,30 +15,27 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace Harrow::Vrk::Bench
 {
 
-/// Current from construction on. Made first of all: the driver reads its environment once.
+/// Made first of all: the driver reads its environment once.
 class NoOperationContext
 {
 public:
-    bool isReady()
+    /// Makes it, current and with the functions loaded.
+    bool create()
     {
         setenv("GALLIUM_NOOP", "1", 0);
-        _context = new Test::HeadlessContext;
+        _context = std::make_unique<Test::HeadlessContext>();
         return _context->makeCurrent() && initializeGLFunctions();
     }
 
-    ~NoOperationContext()
-    {
-        delete _context;
-    }
-
 private:
-    Test::HeadlessContext* _context = nullptr;
+    std::unique_ptr<Test::HeadlessContext> _context;
 };
 
 constexpr char kBest[] = "best";
@@ -91,7 +89,7 @@ inline void repeat(benchmark::internal::Benchmark* benchmark)
                             { return *std::min_element(times.begin(), times.end()); });
 }
 
-inline bool initialize(int argc, char** argv)
+inline bool readArguments(int argc, char** argv)
 {
     std::vector<char*> arguments(argv, argv + argc);
     static char interleaved[] = "--benchmark_enable_random_interleaving=true";
@@ -99,6 +97,21 @@ inline bool initialize(int argc, char** argv)
     int count = int(arguments.size());
     benchmark::Initialize(&count, arguments.data());
     return !benchmark::ReportUnrecognizedArguments(count, arguments.data());
+}
+
+/// Reads the arguments, makes the context and tells the driver's name. False, after a line that says why, where the
+/// program has to end.
+inline bool start(int argc, char** argv, NoOperationContext& context)
+{
+    if (!readArguments(argc, argv))
+        return false;
+    if (!context.create())
+    {
+        std::fprintf(stderr, "no OpenGL context\n");
+        return false;
+    }
+    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
+    return true;
 }
 
 } // namespace Harrow::Vrk::Bench

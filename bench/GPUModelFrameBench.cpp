@@ -477,13 +477,12 @@ void printRatios(const Bench::BestTimes& times, int size)
 int main(int argc, char** argv)
 {
     Bench::NoOperationContext context;
-    if (!Bench::initialize(argc, argv) || !context.isReady())
+    if (!Bench::start(argc, argv, context))
         return 1;
     Device made;
     device = &made;
     if (!made.isReady)
         return 1;
-    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
 
     std::vector<std::unique_ptr<Scene>> scenes;
     std::vector<std::unique_ptr<Shuffled>> drawables;

@@ -327,14 +327,9 @@ void printRatios(const Bench::BestTimes& times)
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
-        return 1;
     Bench::NoOperationContext context;
-    if (!context.isReady())
-    {
-        std::fprintf(stderr, "no OpenGL context\n");
+    if (!Bench::start(argc, argv, context))
         return 1;
-    }
     objectPlan();
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);

@@ -193,7 +193,7 @@ BENCHMARK(hdrRows)->Apply(Bench::repeat);
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
+    if (!Bench::readArguments(argc, argv))
         return 1;
     makeFile();
     const Floats ours = decode();

@@ -356,7 +356,7 @@ BENCHMARK_TEMPLATE(readTokens, kMany)->Apply(Bench::repeat);
 int main(int argc, char** argv)
 {
     Bench::NoOperationContext context;
-    if (!Bench::initialize(argc, argv) || !context.isReady())
+    if (!Bench::start(argc, argv, context))
         return 1;
     Scene made;
     scene = &made;
@@ -365,7 +365,6 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%d records do not fit into a block of this driver\n", kMany);
         return 1;
     }
-    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     const int matrices = 4 * kWritten;

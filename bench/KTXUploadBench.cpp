@@ -267,7 +267,7 @@ int main(int argc, char** argv)
     qputenv("VRK_ENABLE_LOGGING", "0");
     qputenv("GALLIUM_NOOP", "0");
     Bench::NoOperationContext context;
-    if (!Bench::initialize(argc, argv) || !context.isReady())
+    if (!Bench::start(argc, argv, context))
         return 1;
     const QTemporaryDir folder;
     if (!writeFiles(folder))
@@ -277,7 +277,6 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "the two textures differ\n");
         return 1;
     }
-    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     times.printRatio("a pixel of the base level, beside bare calls", "ktxLoad", "bareUpload", int(kSide * kSide));

@@ -171,7 +171,7 @@ template <int Number> void add()
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
+    if (!Bench::readArguments(argc, argv))
         return 1;
     for (const Place& place : kPlaces)
     {

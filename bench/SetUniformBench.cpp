@@ -163,14 +163,9 @@ BENCHMARK(listsBare)->Apply(Bench::repeat);
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
-        return 1;
     Bench::NoOperationContext context;
-    if (!context.isReady())
-    {
-        std::fprintf(stderr, "no OpenGL context\n");
+    if (!Bench::start(argc, argv, context))
         return 1;
-    }
     Scene made;
     if (!made.ready)
     {

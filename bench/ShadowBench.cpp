@@ -239,7 +239,7 @@ void printAllocations(const Case& row, Lights& lights)
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
+    if (!Bench::readArguments(argc, argv))
         return 1;
     std::vector<std::unique_ptr<Lights>> all;
     for (const Case& row : kCases)

@@ -14,7 +14,6 @@
 #include <QTemporaryDir>
 
 #include <cmath>
-#include <cstdio>
 #include <memory>
 #include <random>
 
@@ -108,13 +107,12 @@ int main(int argc, char** argv)
 {
     qputenv("VRK_ENABLE_LOGGING", "0");
     Bench::NoOperationContext context;
-    if (!Bench::initialize(argc, argv) || !context.isReady())
+    if (!Bench::start(argc, argv, context))
         return 1;
     const QTemporaryDir folder;
     path = folder.filePath(QStringLiteral("picture.png"));
     if (!writePicture())
         return 1;
-    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     constexpr int kPixels = kSide * kSide;

@@ -248,14 +248,9 @@ BENCHMARK(bindBare)->Apply(Bench::repeat);
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
-        return 1;
     Bench::NoOperationContext context;
-    if (!context.isReady())
-    {
-        std::fprintf(stderr, "no OpenGL context\n");
+    if (!Bench::start(argc, argv, context))
         return 1;
-    }
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     times.printRatio("issue, one of 10,000 beside one of 1,000", "issueMore", kMore, "issueFew", kFew);

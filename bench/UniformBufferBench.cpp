@@ -187,13 +187,12 @@ BENCHMARK(bareCallsWithBlock)->Apply(Bench::repeat);
 int main(int argc, char** argv)
 {
     Bench::NoOperationContext context;
-    if (!Bench::initialize(argc, argv) || !context.isReady())
+    if (!Bench::start(argc, argv, context))
         return 1;
     Scene made;
     scene = &made;
     if (!made.ready)
         return 1;
-    std::printf("driver: %s\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
     Bench::BestTimes times;
     benchmark::RunSpecifiedBenchmarks(&times);
     times.printRatio("bind and unbind : asking EGL twice", "bindAndUnbind", "currentContext", kBlocks);

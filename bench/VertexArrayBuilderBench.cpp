@@ -115,7 +115,7 @@ BENCHMARK(bareAppendsPadding)->Apply(Bench::repeat);
 
 int main(int argc, char** argv)
 {
-    if (!Bench::initialize(argc, argv))
+    if (!Bench::readArguments(argc, argv))
         return 1;
     if (builtVertices(kVertices) != appendedVertices(true) || builtColors() != appendedColors())
     {

@@ -47,6 +47,7 @@ set(VRK_LAYER_OBJECTS
     DrawElementsIndirectCommand
     FramebufferObject
     FreeNumbers
+    FullscreenQuad
     GLSLMacroProcessor
     OpenGLDeviceContext
     RangedDataType
@@ -138,12 +139,14 @@ set(VRK_PRIVATE_HEADERS
     BufferOffset.h
     FreeNumbers.h
     FrustumTest.h
+    FullscreenQuad.h
     GLEnumWords.h
     GLFunctionTable.h
     GLOptionalFunctions.h
     GLPlatform.h
     GLRequirements.h
     GLRuntimeTestAccess.h
+    GPUModelCommands.h
     GPUModelShownTransforms.h
     KTXLayout.h
     MandelbrotPixels.h

@@ -8,17 +8,12 @@
 #include "PrefilteredEnvMap.h"
 
 #include "AutoBinder.h"
-#include "BufferObject.h"
-#include "DrawBuffers.h"
 #include "EnvironmentPictureTools.h"
-#include "FramebufferObject.h"
 #include "GLFunctions.h"
 #include "GLNameTools.h"
+#include "LeftoversTestTools.h"
 #include "Texture.h"
-#include "TextureUnits.h"
-#include "VertexArrayObject.h"
 #include "support/CallLog.h"
-#include "support/GLTest.h"
 #include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
@@ -213,19 +208,6 @@ inline Image expectedFace(Model model, const Cube& source, int size, int face, i
 
 // ---- fixture -------------------------------------------------------------------------------------------------------
 
-/// The living objects of the library.
-struct Alive
-{
-    int textures = Texture::NumAlive();
-    int framebuffers = FramebufferObject::NumAlive();
-    int attachments = FramebufferObject::NumActiveFBOTextures();
-    int buffers = BufferObject::NumAlive();
-    int vertexArrays = VertexArrayObject::NumAlive();
-    int quads = DrawBuffers::NumAlive();
-
-    bool operator==(const Alive&) const = default;
-};
-
 inline void resetSettings()
 {
     SetPrefilteredSourceWidthMax(std::numeric_limits<int>::max());
@@ -234,31 +216,14 @@ inline void resetSettings()
     SetDiffuseImportanceSampling(false);
 }
 
-class EnvironmentDriverFixture : public GLTest
+class EnvironmentDriverFixture : public LeftoversFixture
 {
 protected:
-    void SetUp() override
-    {
-        GLTest::SetUp();
-        if (HasFatalFailure())
-            return;
-        TextureUnits::ofCurrentContext(); // so that the units are known, and free
-        _before = Alive();
-    }
-
     void TearDown() override
     {
-        EXPECT_TRUE(_before == Alive()) << "something was left alive";
-        GLint units = 0;
-        glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &units);
-        for (int unit = 0; unit < units; ++unit)
-            EXPECT_TRUE(Texture::isTextureUnitFree(unsigned(unit)));
         resetSettings();
-        // What the functions leave behind is no business of the suites that come after.
-        glDisable(GL_DEPTH_TEST);
-        glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
         glBindFramebuffer(GL_FRAMEBUFFER, 0);
-        GLTest::TearDown();
+        LeftoversFixture::TearDown();
     }
 
     static TexturePointer prefilterCube(Texture& source, int size, unsigned samples, Model model,
@@ -273,8 +238,16 @@ protected:
         return TexturePointer(CreatePrefilteredLatLongEnvMap(&source, width, height, samples, modelOf(model), format));
     }
 
-private:
-    Alive _before;
+    /// All faces of all levels.
+    static void expectCube(Texture& map, Model model, const Cube& source, unsigned samples, double tolerance)
+    {
+        const int size = readFace(map, 0, 0).width;
+        for (int level = 0; level < MaxLODLevel(size, size); ++level)
+            for (int face = 0; face < 6; ++face)
+                EXPECT_TRUE(areClose(readFace(map, face, level),
+                                     expectedFace(model, source, size, face, level, samples), tolerance))
+                    << kModelNames[model] << ", level " << level << ", face " << face;
+    }
 };
 
 } // namespace Harrow::Vrk::Test::Environment

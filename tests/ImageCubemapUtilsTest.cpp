@@ -415,7 +415,7 @@ TEST_F(ImageCubemapUtilsTest, AStripWithoutAQuadIsNothing)
         const LogCapture log;
         EXPECT_EQ(strip(*source), nullptr);
         EXPECT_EQ(log.messages(),
-                  failure("!vao.isNull()", "Vertex Array Object is NULL on createGLCubemapStripFromTexture"));
+                  failure("!quad->VAO().isNull()", "Vertex Array Object is NULL on createGLCubemapStripFromTexture"));
     }
     useFactory<WithoutVertexArrays>();
     const LogCapture log;

@@ -11,7 +11,6 @@
 #include "KTXRecogniser.h"
 #include "KTXTestTools.h"
 #include "Texture.h"
-#include "TextureFileInfo.h"
 #include "TextureIO.h"
 #include "TextureIOTestTools.h"
 #include "support/GLTest.h"
@@ -32,13 +31,6 @@ struct PlainLevel
     int width, height, depth;
     std::vector<Bytes> faces;
 };
-
-inline TextureFileInfo preprocessed()
-{
-    TextureFileInfo info;
-    info.preprocessed = true;
-    return info;
-}
 
 inline GLint levelParameter(GLenum target, int level, GLenum name)
 {

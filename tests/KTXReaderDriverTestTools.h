@@ -10,7 +10,6 @@
 #include "GLUtilities.h"
 #include "KTXTestTools.h"
 #include "TextureCallTools.h"
-#include "TextureFileInfo.h"
 #include "TextureIOTestTools.h"
 #include "TextureTestTools.h"
 
@@ -53,13 +52,6 @@ inline QStringList generatedLevels(GLenum target)
 
 inline const QString kGenerating =
     QStringLiteral("Generating Mipmaps. For increased loading performance, include these in the .ktx file.");
-
-inline TextureFileInfo preprocessed()
-{
-    TextureFileInfo info;
-    info.preprocessed = true;
-    return info;
-}
 
 class KTXReaderLoadTest : public TextureFixture
 {

@@ -8,6 +8,7 @@
 #include "KTXReader.h"
 
 #include "GLFunctions.h"
+#include "TextureFileInfo.h"
 #include "support/CallLog.h"
 
 #include <VrkCore/Memory.h>
@@ -44,6 +45,13 @@ inline QByteArray word(quint32 value, bool highestFirst = false)
     for (int i = 0; i < 4; ++i)
         bytes.append(char(value >> (8 * (highestFirst ? 3 - i : i)) & 0xFF));
     return bytes;
+}
+
+inline TextureFileInfo preprocessed()
+{
+    TextureFileInfo info;
+    info.preprocessed = true;
+    return info;
 }
 
 inline QByteArray pattern(int count, int seed = 1)

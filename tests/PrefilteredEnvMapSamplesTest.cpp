@@ -32,16 +32,6 @@ protected:
                                  absolute))
                 << kModelNames[model] << ", level " << level;
     }
-
-    static void expectCube(Texture& map, Model model, const Cube& source, unsigned samples, double tolerance)
-    {
-        const int size = readFace(map, 0, 0).width;
-        for (int level = 0; level < MaxLODLevel(size, size); ++level)
-            for (int face = 0; face < 6; ++face)
-                EXPECT_TRUE(areClose(readFace(map, face, level),
-                                     expectedFace(model, source, size, face, level, samples), tolerance))
-                    << kModelNames[model] << ", level " << level << ", face " << face;
-    }
 };
 
 // ---- long loops ----------------------------------------------------------------------------------------------------

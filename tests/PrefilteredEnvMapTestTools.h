@@ -71,25 +71,8 @@ inline QStringList queries(bool framebuffers)
 /// A framebuffer, and a quad whose position is enabled, both bound.
 inline QStringList beginning(GLuint framebufferName)
 {
-    return {writes("glGenFramebuffers", 1),
-            framebuffer(GL_FRAMEBUFFER, framebufferName),
-            writes("glGetIntegerv", GL_MAX_VERTEX_ATTRIBS),
-            writes("glGenBuffers", 1),
-            writes("glGenBuffers", 1),
-            arrayBuffer(1),
-            arrayData(18 * 4),
-            arrayBuffer(0),
-            arrayBuffer(2),
-            arrayData(12 * 4),
-            arrayBuffer(0),
-            writes("glGenVertexArrays", 1),
-            vertexArray(1),
-            CallLog::call("glEnableVertexAttribArray", 0),
-            arrayBuffer(1),
-            CallLog::call("glVertexAttribPointer", 0, 3, GL_FLOAT, 0, 0, nullptr),
-            arrayBuffer(0),
-            vertexArray(0),
-            vertexArray(1)};
+    QStringList calls = {writes("glGenFramebuffers", 1), framebuffer(GL_FRAMEBUFFER, framebufferName)};
+    return calls << makingAFullscreenQuad() << vertexArray(1);
 }
 
 inline QStringList filterUniforms(int unit, unsigned samples, int levels)

@@ -5,6 +5,7 @@
 
 #include "AutoBinder.h"
 #include "GLFunctions.h"
+#include "GLStateTools.h"
 #include "support/GLTest.h"
 #include "support/LogCapture.h"
 #include "support/TestAccess.h"
@@ -21,13 +22,6 @@ namespace
 {
 
 using Pixel = std::array<unsigned char, 4>;
-
-int unitCount()
-{
-    GLint count = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &count);
-    return count;
-}
 
 /// The name that OpenGL has bound to a unit's target. Leaves the active unit as it was.
 unsigned nameOn(int unit, GLenum binding = GL_TEXTURE_BINDING_2D)

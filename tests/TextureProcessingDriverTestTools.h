@@ -8,15 +8,10 @@
 #include "TextureProcessing.h"
 
 #include "AutoBinder.h"
-#include "BufferObject.h"
-#include "DrawBuffers.h"
-#include "FramebufferObject.h"
 #include "GLFunctions.h"
+#include "LeftoversTestTools.h"
 #include "ShaderProgram.h"
 #include "Texture.h"
-#include "TextureUnits.h"
-#include "VertexArrayObject.h"
-#include "support/GLTest.h"
 
 #include <algorithm>
 #include <array>
@@ -203,43 +198,9 @@ inline testing::AssertionResult areNear(const std::vector<Color>& expected, cons
     return testing::AssertionSuccess();
 }
 
-struct Alive
-{
-    int textures = Texture::NumAlive();
-    int framebuffers = FramebufferObject::NumAlive();
-    int attachments = FramebufferObject::NumActiveFBOTextures();
-    int buffers = BufferObject::NumAlive();
-    int vertexArrays = VertexArrayObject::NumAlive();
-    int quads = DrawBuffers::NumAlive();
-
-    bool operator==(const Alive&) const = default;
-};
-
-class TextureProcessingDriverFixture : public GLTest
+class TextureProcessingDriverFixture : public LeftoversFixture
 {
 protected:
-    void SetUp() override
-    {
-        GLTest::SetUp();
-        if (HasFatalFailure())
-            return;
-        TextureUnits::ofCurrentContext(); // so that the units are known, and free
-        _before = Alive();
-    }
-
-    void TearDown() override
-    {
-        EXPECT_TRUE(_before == Alive()) << "something was left alive";
-        GLint units = 0;
-        glGetIntegerv(GL_MAX_TEXTURE_IMAGE_UNITS, &units);
-        for (int unit = 0; unit < units; ++unit)
-            EXPECT_TRUE(Texture::isTextureUnitFree(unsigned(unit)));
-        // What the operations leave behind is no business of the suites that come after.
-        glDisable(GL_DEPTH_TEST);
-        glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
-        GLTest::TearDown();
-    }
-
     /// The picture after an operation.
     static Bytes processed(const Operation& operation, const Bytes& source)
     {
@@ -275,9 +236,6 @@ protected:
                               "out vec4 out_FragColor;\nvoid main() { out_FragColor = %1; }\n")
             .arg(QLatin1String(statement));
     }
-
-private:
-    Alive _before;
 };
 
 } // namespace Harrow::Vrk::Test::Processing

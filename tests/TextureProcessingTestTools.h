@@ -144,6 +144,27 @@ inline QString uniformQuery(GLuint program, const char* uniform)
     return CallLog::call("glGetUniformLocation", program, uniform);
 }
 
+/// The quad's two buffers, then its vertex array, which enables the position alone.
+inline QStringList makingAFullscreenQuad()
+{
+    return {writes("glGetIntegerv", GL_MAX_VERTEX_ATTRIBS),
+            writes("glGenBuffers", 1),
+            writes("glGenBuffers", 1),
+            arrayBuffer(1),
+            arrayData(18 * 4),
+            arrayBuffer(0),
+            arrayBuffer(2),
+            arrayData(12 * 4),
+            arrayBuffer(0),
+            writes("glGenVertexArrays", 1),
+            vertexArray(1),
+            CallLog::call("glEnableVertexAttribArray", 0),
+            arrayBuffer(1),
+            CallLog::call("glVertexAttribPointer", 0, 3, GL_FLOAT, 0, 0, nullptr),
+            arrayBuffer(0),
+            vertexArray(0)};
+}
+
 /// A pass from texture 1 to texture 2 through program 1, whose only attribute is the position.
 inline QStringList pass(const QStringList& uniforms)
 {
@@ -159,28 +180,9 @@ inline QStringList pass(const QStringList& uniforms)
         CallLog::call("glBindFramebuffer", GL_FRAMEBUFFER, 1),
         CallLog::call("glFramebufferTexture2D", GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, 2, 0),
         writes("glDrawBuffers", 1),
-        // 3: a new quad
-        writes("glGetIntegerv", GL_MAX_VERTEX_ATTRIBS),
-        writes("glGenBuffers", 1),
-        writes("glGenBuffers", 1),
-        arrayBuffer(1),
-        arrayData(18 * 4),
-        arrayBuffer(0),
-        arrayBuffer(2),
-        arrayData(12 * 4),
-        arrayBuffer(0),
-        // 4: its arrays
-        writes("glGenVertexArrays", 1),
-        vertexArray(1),
-        CallLog::call("glEnableVertexAttribArray", 0),
-        arrayBuffer(1),
-        CallLog::call("glVertexAttribPointer", 0, 3, GL_FLOAT, 0, 0, nullptr),
-        arrayBuffer(0),
-        vertexArray(0),
-        vertexArray(1),
     };
-    // 5: uniforms
-    calls += uniforms;
+    // 3 to 5: a new quad, its arrays, uniforms
+    calls << makingAFullscreenQuad() << vertexArray(1) << uniforms;
     calls += {
         uniformQuery(1, "u_Src"),
         CallLog::call("glUniform1i", 5, 3),

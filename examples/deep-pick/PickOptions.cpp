@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "PickOptions.h"
 
-#include <QCommandLineParser>
-#include <QRegularExpression>
+#include <CommandLine.h>
 
-#include <cmath>
+#include <QCommandLineParser>
+#include <QRect>
+#include <QRegularExpression>
 
 namespace deeppick
 {
+
+using vrkview::ValueReader;
 
 namespace
 {
@@ -15,6 +18,11 @@ namespace
 constexpr int kLargestSide = 1 << 15;
 constexpr int kMostRoom = 1 << 26;
 constexpr float kMostDegrees = 3600.0f;
+
+constexpr vrkview::Choice<vrkview::UpAxis> kUpAxes[] = {
+    {"y", vrkview::UpAxis::Y},
+    {"z", vrkview::UpAxis::Z},
+};
 
 void describe(QCommandLineParser& parser)
 {
@@ -49,114 +57,18 @@ void describe(QCommandLineParser& parser)
     });
 }
 
-/// Two whole numbers with `separator` between them. Nothing else passes, such as a sign or a blank.
-bool readPair(const QString& text, QChar separator, int& first, int& second)
+// Digits and a comma; nothing else passes, such as a sign or a blank.
+void readPixel(ValueReader& reader, QPoint& value)
 {
-    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,7})([x,])([0-9]{1,7})$"));
-    const QRegularExpressionMatch match = pattern.match(text);
-    if (!match.hasMatch() || match.captured(2) != separator)
-        return false;
-    first = match.captured(1).toInt();
-    second = match.captured(3).toInt();
-    return true;
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,7}),([0-9]{1,7})$"));
+    const QRegularExpressionMatch match = pattern.match(reader.text("pick"));
+    if (!reader.isSet("pick"))
+        reader.reject(QStringLiteral("--pick is missing: it names the pixel"));
+    else if (!match.hasMatch())
+        reader.reject("pick", QStringLiteral("the X,Y of a pixel, such as 480,320"));
+    else
+        value = {match.captured(1).toInt(), match.captured(2).toInt()};
 }
-
-// Reads values out of a parser; the first value that is wrong leaves its message in `error`.
-class ValueReader
-{
-public:
-    explicit ValueReader(const QCommandLineParser& parser) : _parser(parser) {}
-
-    void read(const char* name, float lowest, float highest, float& value)
-    {
-        bool isNumber = false;
-        const float number = text(name).toFloat(&isNumber);
-        if (isGiven(name) && (!isNumber || !std::isfinite(number) || number < lowest || number > highest))
-            reject(name, QStringLiteral("a number from %1 to %2").arg(lowest).arg(highest));
-        else if (isGiven(name))
-            value = number;
-    }
-
-    void read(const char* name, int lowest, int highest, int& value)
-    {
-        bool isNumber = false;
-        const int number = text(name).toInt(&isNumber);
-        if (isGiven(name) && (!isNumber || number < lowest || number > highest))
-            reject(name, QStringLiteral("a whole number from %1 to %2").arg(lowest).arg(highest));
-        else if (isGiven(name))
-            value = number;
-    }
-
-    void read(const char* name, QSize& value)
-    {
-        int width = 0;
-        int height = 0;
-        if (isGiven(name) && (!readPair(text(name), QLatin1Char('x'), width, height) || width == 0 || height == 0 ||
-                              width > kLargestSide || height > kLargestSide))
-            reject(name, QStringLiteral("WIDTHxHEIGHT in pixels, such as 960x640"));
-        else if (isGiven(name))
-            value = {width, height};
-    }
-
-    void read(const char* name, QPoint& value)
-    {
-        int x = 0;
-        int y = 0;
-        if (!isGiven(name))
-            reject(QStringLiteral("--%1 is missing: it names the pixel").arg(QLatin1String(name)));
-        else if (!readPair(text(name), QLatin1Char(','), x, y))
-            reject(name, QStringLiteral("the X,Y of a pixel, such as 480,320"));
-        else
-            value = {x, y};
-    }
-
-    void read(const char* name, vrkview::UpAxis& value)
-    {
-        if (!isGiven(name))
-            return;
-        if (text(name) != QLatin1String("y") && text(name) != QLatin1String("z"))
-            reject(name, QStringLiteral("y or z"));
-        else
-            value = text(name) == QLatin1String("z") ? vrkview::UpAxis::Z : vrkview::UpAxis::Y;
-    }
-
-    void read(const char* name, QString& value)
-    {
-        value = text(name);
-        if (isGiven(name) && value.isEmpty())
-            reject(name, QStringLiteral("a file name"));
-    }
-
-    void reject(const QString& error)
-    {
-        if (_error.isEmpty())
-            _error = error;
-    }
-
-    const QString& error() const
-    {
-        return _error;
-    }
-
-private:
-    bool isGiven(const char* name) const
-    {
-        return _parser.isSet(QLatin1String(name));
-    }
-
-    QString text(const char* name) const
-    {
-        return _parser.value(QLatin1String(name));
-    }
-
-    void reject(const char* name, const QString& wanted)
-    {
-        reject(QStringLiteral("--%1 '%2' is not %3").arg(QLatin1String(name), text(name), wanted));
-    }
-
-    const QCommandLineParser& _parser;
-    QString _error;
-};
 
 } // namespace
 
@@ -173,12 +85,12 @@ ParsedPickOptions parsePickOptions(const QStringList& arguments)
     ParsedPickOptions parsed;
     PickOptions& options = parsed.options;
     ValueReader reader(parser);
-    reader.read("size", options.size);
-    reader.read("pick", options.pixel);
+    reader.read("size", kLargestSide, "960x640", options.size);
+    readPixel(reader, options.pixel);
     reader.read("azimuth", -kMostDegrees, kMostDegrees, options.azimuth);
     reader.read("elevation", -90.0f, 90.0f, options.elevation);
-    reader.read("up", options.upAxis);
-    reader.read("output", options.outputPath);
+    reader.read("up", kUpAxes, options.upAxis);
+    reader.read("output", "a file name", options.outputPath);
     reader.read("room", 1, kMostRoom, options.room);
     options.check = parser.isSet(QStringLiteral("check"));
 

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "EnvmapOptions.h"
 
-#include <QCommandLineParser>
-#include <QRegularExpression>
+#include <CommandLine.h>
 
-#include <cmath>
+#include <QCommandLineParser>
 
 namespace envmap
 {
 
 using namespace Harrow::Vrk;
+using vrkview::Choice;
+using vrkview::ValueReader;
+using vrkview::words;
 
 namespace
 {
@@ -19,12 +21,6 @@ constexpr int kLargestSide = 16384;
 constexpr int kMostSamples = 1 << 20;
 constexpr int kMostLayers = 64;
 constexpr float kMostStops = 24.0f;
-
-template <typename Value> struct Choice
-{
-    const char* word;
-    Value value;
-};
 
 constexpr Choice<Layout> kLayouts[] = {
     {"lat-long", Layout::LatLong},
@@ -42,114 +38,6 @@ constexpr Choice<ShadingModel> kModels[] = {
 constexpr Choice<FileFormat> kFormats[] = {
     {"hdr", FileFormat::Hdr},
     {"png", FileFormat::Png},
-};
-
-template <typename Value, std::size_t count>
-QString words(const Choice<Value> (&choices)[count], const QString& lastSeparator)
-{
-    QString list;
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        if (i > 0)
-            list += i + 1 < count ? QStringLiteral(", ") : lastSeparator;
-        list += QLatin1String(choices[i].word);
-    }
-    return list;
-}
-
-// Reads values out of a parser; the first value that is wrong leaves its message in `error`.
-class ValueReader
-{
-public:
-    explicit ValueReader(const QCommandLineParser& parser) : _parser(parser) {}
-
-    bool isSet(const char* name) const
-    {
-        return _parser.isSet(QLatin1String(name));
-    }
-
-    void read(const char* name, int lowest, int highest, int& value)
-    {
-        if (!isSet(name))
-            return;
-        bool isNumber = false;
-        const int number = text(name).toInt(&isNumber);
-        if (!isNumber || number < lowest || number > highest)
-            reject(name, QStringLiteral("a whole number from %1 to %2").arg(lowest).arg(highest));
-        else
-            value = number;
-    }
-
-    void readStops(const char* name, float& value)
-    {
-        if (!isSet(name))
-            return;
-        bool isNumber = false;
-        const float number = text(name).toFloat(&isNumber);
-        if (!isNumber || !(std::abs(number) <= kMostStops))
-            reject(name, QStringLiteral("a number from %1 to %2").arg(-kMostStops).arg(kMostStops));
-        else
-            value = number;
-    }
-
-    void read(const char* name, QSize& value)
-    {
-        if (!isSet(name))
-            return;
-        static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,5})x([0-9]{1,5})$"));
-        const QRegularExpressionMatch match = pattern.match(text(name));
-        const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-        if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide)
-            reject(name, QStringLiteral("WIDTHxHEIGHT in pixels, such as 512x256"));
-        else
-            value = size;
-    }
-
-    template <typename Value, std::size_t count, typename Target>
-    void read(const char* name, const Choice<Value> (&choices)[count], Target& value)
-    {
-        if (!isSet(name))
-            return;
-        for (const Choice<Value>& choice : choices)
-        {
-            if (text(name) == QLatin1String(choice.word))
-            {
-                value = choice.value;
-                return;
-            }
-        }
-        reject(name, QStringLiteral("one of ") + words(choices, QStringLiteral(", ")));
-    }
-
-    void readText(const char* name, const char* wanted, QString& value)
-    {
-        if (!isSet(name))
-            return;
-        if (text(name).isEmpty())
-            reject(name, QString::fromLatin1(wanted));
-        else
-            value = text(name);
-    }
-
-    QString text(const char* name) const
-    {
-        return _parser.value(QLatin1String(name));
-    }
-
-    const QString& error() const
-    {
-        return _error;
-    }
-
-private:
-    void reject(const char* name, const QString& wanted)
-    {
-        if (_error.isEmpty())
-            _error = QStringLiteral("--%1 '%2' is not %3").arg(QLatin1String(name), text(name), wanted);
-    }
-
-    const QCommandLineParser& _parser;
-    QString _error;
 };
 
 void describe(QCommandLineParser& parser)
@@ -257,22 +145,22 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
     ValueReader reader(parser);
     if (!parser.positionalArguments().isEmpty())
         options.imagePath = parser.positionalArguments().constFirst();
-    reader.readText("output", "a folder", options.outputFolder);
+    reader.read("output", "a folder", options.outputFolder);
     reader.read("layout", kLayouts, options.layout);
     reader.read("model", kModels, options.model);
     if (reader.isSet("model"))
         options.modelName = reader.text("model");
     reader.read("size", 1, kLargestFace, options.size);
     reader.read("samples", 1, kMostSamples, options.samples);
-    reader.read("lat-long", options.latLong);
+    reader.read("lat-long", kLargestSide, "512x256", options.latLong);
     options.everyTexel = reader.isSet("every-texel");
     reader.read("blur", 1, kMostLayers, options.blurLayers);
     reader.read("ndotl", 1, kMostLayers, options.ndotlLayers);
     reader.read("format", kFormats, options.format);
-    reader.readStops("exposure", options.exposure);
+    reader.read("exposure", -kMostStops, kMostStops, options.exposure);
     options.table = reader.isSet("brdf");
     options.compare = reader.isSet("compare");
-    reader.readText("sheet", "a file name", options.sheetPath);
+    reader.read("sheet", "a file name", options.sheetPath);
     if (!reader.error().isEmpty())
         return failure(reader.error());
     const QString fault = contradiction(options, reader);

@@ -83,8 +83,8 @@ int run(const Options& options)
 
     QStringList files;
     QStringList remarks;
-    QString error;
     {
+        QString error;
         vrkview::HeadlessContext context;
         if (!context.create(error))
             return fail(QStringLiteral("cannot work: %1").arg(error));

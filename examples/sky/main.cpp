@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // vrk-sky: writes the sky of the examples as a Radiance picture.
+#include "CommandLine.h"
 #include "RadianceFile.h"
 #include "SkyImage.h"
 #include "Terminal.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QRegularExpression>
+#include <QSize>
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,15 +18,6 @@ namespace
 using namespace vrkview;
 
 constexpr int kLargestSide = 16384;
-
-bool readSize(const QString& text, int& width, int& height)
-{
-    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,5})x([0-9]{1,5})$"));
-    const QRegularExpressionMatch match = pattern.match(text);
-    width = match.captured(1).toInt();
-    height = match.captured(2).toInt();
-    return width >= 1 && height >= 1 && width <= kLargestSide && height <= kLargestSide;
-}
 
 int run(const QStringList& arguments)
 {
@@ -45,17 +37,17 @@ int run(const QStringList& arguments)
         std::fputs(qUtf8Printable(parser.helpText()), stdout);
         return EXIT_SUCCESS;
     }
-    int width = kSkyWidth;
-    int height = kSkyHeight;
-    const QString size = parser.value(QStringLiteral("size"));
-    if (parser.isSet(QStringLiteral("size")) && !readSize(size, width, height))
-        return fail(QStringLiteral("--size '%1' is not WIDTHxHEIGHT in pixels, such as 1024x512").arg(size));
+    QSize size(kSkyWidth, kSkyHeight);
+    ValueReader reader(parser);
+    reader.read("size", kLargestSide, "1024x512", size);
+    if (!reader.error().isEmpty())
+        return fail(reader.error());
     if (parser.positionalArguments().size() != 1)
         return fail(QStringLiteral("name one file to write. See --help."));
 
     const QString path = parser.positionalArguments().constFirst();
     QString error;
-    if (!writeRadiance(makeSky(width, height), path, error))
+    if (!writeRadiance(makeSky(size.width(), size.height()), path, error))
         return fail(QStringLiteral("cannot write '%1': %2").arg(path, error));
     std::printf("%s\n", qUtf8Printable(path));
     return EXIT_SUCCESS;

@@ -83,7 +83,7 @@ QString findResources()
             continue;
         for (const char* way : {VRK_RESOURCES_FROM_LIBDIR, "../share/vrkgl"})
         {
-            const QString path = QDir::cleanPath(QDir(directory).filePath(QString::fromUtf8(way)));
+            QString path = QDir::cleanPath(QDir(directory).filePath(QString::fromUtf8(way)));
             if (QFileInfo(path).isDir())
                 return path;
         }

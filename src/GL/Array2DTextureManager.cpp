@@ -25,11 +25,6 @@ constexpr qsizetype kReservedSlots = 32;
 /// Token numbers from here on come of a caller who made them up: a table for them would fill the memory.
 constexpr quint64 kMaxTokens = quint64(1) << 24;
 
-unsigned long long number(const TextureToken& token)
-{
-    return token.token;
-}
-
 } // namespace
 
 Array2DTextureManager::Array2DTextureManager()
@@ -181,7 +176,7 @@ void Array2DTextureManager::releaseLayers(qsizetype token)
 
 void Array2DTextureManager::textureTokenIssued(const TextureToken& token)
 {
-    VRK_ASSERT_RETURN(token.token < kMaxTokens, , "Token %llu is too large for a table", number(token));
+    VRK_ASSERT_RETURN(token.token < kMaxTokens, , "Token %llu is too large for a table", token.token);
     _pendingTokens->insert(token);
     if (hasRecord(token))
         return;
@@ -283,7 +278,7 @@ void Array2DTextureManager::bindTextureToken(TextureToken token)
     if (token == INVALID_TOKEN)
         return;
     VRK_ASSERT_RETURN(token.token < quint64(_textureTokenToSlotLayerData.size()), , "Token %llu is not in array %d.",
-                      number(token), static_cast<int>(_textureTokenToSlotLayerData.size()));
+                      token.token, static_cast<int>(_textureTokenToSlotLayerData.size()));
     const auto index = static_cast<qsizetype>(token.token);
     if (isPlaced(token))
         return;
@@ -317,7 +312,7 @@ void Array2DTextureManager::bindUDIMToken(TextureToken token, const UDIMPatches&
     }
     const quint64 last = maxToken().token + static_cast<quint64>(maxOffset);
     VRK_ASSERT_RETURN(isInside && last < kMaxTokens, , "UDIM token %llu has patches that no table has room for",
-                      number(token));
+                      token.token);
 
     const TextureToken base = reserveTokenBlock(static_cast<int>(maxOffset) + 1);
     for (qint64 offset = 0; offset <= maxOffset; ++offset)
@@ -334,7 +329,7 @@ void Array2DTextureManager::bindUDIMToken(TextureToken token, const UDIMPatches&
     {
         const TextureToken patchToken = findToken(patch.value());
         VRK_ASSERT(INVALID_TOKEN == patchToken || patchToken.token < quint64(_textureTokenToSlotLayerData.size()),
-                   "Token %llu is not in array %d.", number(patchToken),
+                   "Token %llu is not in array %d.", patchToken.token,
                    static_cast<int>(_textureTokenToSlotLayerData.size()));
         if (patchToken == INVALID_TOKEN || !hasRecord(patchToken))
             continue;

@@ -65,23 +65,31 @@ int Array2DTextureManager::maxArrayTextureLayers()
 
 // ---- what a texture wants ------------------------------------------------------------------------------------------
 
-void Array2DTextureManager::checkTarget(const Texture& sampled, const TextureToken& token) const
+namespace
 {
-    const Texture* const texture = &sampled;
+
+/// A pointer, as the printed condition says.
+void checkTargetOf(const Texture* texture, const TextureToken& token)
+{
     VRK_ASSERT((GL_TEXTURE_2D == texture->target()) || (GL_TEXTURE_CUBE_MAP == texture->target()) ||
                    (GL_TEXTURE_2D_ARRAY == texture->target()),
-               "Texture %llu is for target 0x%X. Only 0x%X, 0x%X or 0x%X are allowed",
-               static_cast<unsigned long long>(token.token), texture->target(), GL_TEXTURE_2D, GL_TEXTURE_2D_ARRAY,
-               GL_TEXTURE_CUBE_MAP);
+               "Texture %llu is for target 0x%X. Only 0x%X, 0x%X or 0x%X are allowed", token.token, texture->target(),
+               GL_TEXTURE_2D, GL_TEXTURE_2D_ARRAY, GL_TEXTURE_CUBE_MAP);
+}
+
+} // namespace
+
+void Array2DTextureManager::checkTarget(const Texture& texture, const TextureToken& token) const
+{
+    checkTargetOf(&texture, token);
 }
 
 void Array2DTextureManager::determineSlotLayerDataForTexture(Texture* texture, TextureToken token,
                                                              SlotLayerData& record)
 {
-    VRK_ASSERT_RETURN(nullptr != texture, , "Token %llu has no texture", static_cast<unsigned long long>(token.token));
+    VRK_ASSERT_RETURN(nullptr != texture, , "Token %llu has no texture", token.token);
     VRK_ASSERT_RETURN(token.token < quint64(_textureTokenToSlotLayerData.size()), , "Token %llu is not in array %d.",
-                      static_cast<unsigned long long>(token.token),
-                      static_cast<int>(_textureTokenToSlotLayerData.size()));
+                      token.token, static_cast<int>(_textureTokenToSlotLayerData.size()));
     checkTarget(*texture, token);
     const GLenum target = texture->target();
     SlotFormat format;

@@ -111,7 +111,7 @@ void Array2DTextureManager::makeHandlesResident()
 
 const qint32* Array2DTextureManager::slotMap() const
 {
-    static_assert(sizeof(SlotLayerData) == kVectorsPerToken * 4 * sizeof(qint32));
+    static_assert(sizeof(SlotLayerData) == sizeof(qint32) * 4 * kVectorsPerToken);
     return reinterpret_cast<const qint32*>(_textureTokenToSlotLayerData.constData());
 }
 

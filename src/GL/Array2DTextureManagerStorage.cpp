@@ -40,13 +40,6 @@ struct Size
     }
 };
 
-/// Whether calls on its target reach this texture. Without a unit, which its bind reports, they would change what the
-/// active unit holds.
-bool hasUnit(const Texture& texture)
-{
-    return TextureUnits::ofCurrentContext().unitOf(texture.textureID()) >= 0;
-}
-
 /// Size of a level, or {0, 0} where the texture finds no unit.
 Size levelSize(Texture& texture, int level)
 {

@@ -217,7 +217,7 @@ void FramebufferObject::createTexture2D(GLenum attachmentPoint, GLenum target, G
     auto texture = std::make_unique<Texture>(nullptr);
     texture->create2D(target, static_cast<int>(internalFormat), width, height);
     if (attach(texture.get(), attachmentPoint, 0))
-        texture.release(); // whoever detaches it owns it
+        static_cast<void>(texture.release()); // whoever detaches it owns it
 }
 
 void FramebufferObject::createTexture3D(GLenum attachmentPoint, GLenum target, GLenum internalFormat, int width,
@@ -230,7 +230,7 @@ void FramebufferObject::createTexture3D(GLenum attachmentPoint, GLenum target, G
         if (attach3D(texture.get(), attachmentPoint + static_cast<GLenum>(layer), layer, 0))
             attached = true;
     if (attached)
-        texture.release(); // whoever detaches it owns it
+        static_cast<void>(texture.release()); // whoever detaches it owns it
 }
 
 // ---- detaching -----------------------------------------------------------------------------------------------------

@@ -21,7 +21,7 @@ public:
     explicit FrustumTest(const QMatrix4x4& viewProjection)
     {
         for (int column = 0; column < 4; ++column)
-            std::memcpy(&_columns[column], viewProjection.constData() + 4 * column, sizeof(Four));
+            std::memcpy(&_columns[column], viewProjection.constData() + qsizetype(4) * column, sizeof(Four));
     }
 
     /// `world` are the 16 numbers of the matrix from the box's space to the world, column by column; `box` its least x,
@@ -34,7 +34,7 @@ public:
         Four high = low;
         for (int axis = 0; axis < 3; ++axis)
         {
-            const Four column = clipColumn(world + 4 * axis);
+            const Four column = clipColumn(world + qsizetype(4) * axis);
             const Four last = all(column[3]);
             const Four plus = last + column;
             const Four minus = last - column;

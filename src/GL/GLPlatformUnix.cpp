@@ -221,7 +221,7 @@ private:
 GLPlatform& GLPlatform::native()
 {
     // Never destroyed: objects may ask for the current context while the process ends.
-    static UnixPlatform* const platform = new UnixPlatform;
+    static auto* const platform = new UnixPlatform;
     return *platform;
 }
 

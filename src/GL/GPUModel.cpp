@@ -5,6 +5,7 @@
 
 #include "Diagnostics.h"
 #include "DrawBuffers.h"
+#include "GPUModelCommands.h"
 #include "InstanceDataCollection.h"
 
 #include <QSet>
@@ -24,11 +25,6 @@ constexpr int kUVSetsShift = 55;
 constexpr unsigned threeBits(quint64 flags, int shift)
 {
     return static_cast<unsigned>((flags >> shift) & 7);
-}
-
-int commandCount(const DrawBuffers* buffers)
-{
-    return buffers ? buffers->numDrawCommands() : 0;
 }
 
 void resizeTo(QList<int>& list, qsizetype size)

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Which commands a view does not show.
-#include "DrawBuffers.h"
 #include "FrustumTest.h"
 #include "GPUModel.h"
+#include "GPUModelCommands.h"
 #include "GPUModelShownTransforms.h"
-
-#include <QVector4D>
 
 #include <algorithm>
 
@@ -17,11 +15,6 @@ namespace
 constexpr quint64 kHiddenDrawable = quint64(1) << 63;
 constexpr quint64 kCullingCounts = 1 << 1;
 constexpr float kNothing = 1.0e-6f;
-
-int commandCount(const DrawBuffers* buffers)
-{
-    return buffers ? buffers->numDrawCommands() : 0;
-}
 
 /// A matrix whose first three rows are nearly zero, the translation included.
 bool isScaledToNothing(const QMatrix4x4& world)

@@ -4,6 +4,7 @@
 #include "DrawBuffers.h"
 #include "GLFunctions.h"
 #include "GPUModel.h"
+#include "GPUModelCommands.h"
 #include "GPUModelShownTransforms.h"
 #include "InstanceDataCollection.h"
 #include "TextureManager.h"
@@ -89,11 +90,6 @@ private:
 GLint stencilOf(int key)
 {
     return static_cast<GLint>(static_cast<GLuint>(key) + 1);
-}
-
-int commandCount(const DrawBuffers* buffers)
-{
-    return buffers ? buffers->numDrawCommands() : 0;
 }
 
 /// From the nearest point of the box.
@@ -288,7 +284,7 @@ void GPUModel::drawKey(const Pass& pass, int key, const QList<int>& positions, P
         const Drawable& drawable = _drawables.at(position);
         if (!pass.selects(drawable.flags) || drawable.culledCount >= commandCount(drawable.drawBuffers))
             continue;
-        const WindingType winding = drawable.flags & kTwoSided ? WindingNone : pass.winding;
+        const WindingType winding = (drawable.flags & kTwoSided) ? WindingNone : pass.winding;
         if (winding != state.lastWinding)
         {
             setWinding(winding);

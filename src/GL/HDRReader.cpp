@@ -56,7 +56,7 @@ constexpr TextureParameter kParameters[] = {
 /// bytes for all of its rows, and a size that the driver can have.
 bool isSizeCredible(quint32 width, quint32 height, quint64 bytes)
 {
-    constexpr quint64 kLargeBytes = 256 * 1024 * 1024;
+    constexpr quint64 kLargeBytes = quint64(256) * 1024 * 1024;
     constexpr quint32 kLargeSide = 16384;
     const quint64 pixels = quint64(width) * height;
     if (pixels == 0 || pixels > PTRDIFF_MAX / kPixelBytes)

@@ -83,7 +83,8 @@ InstanceDataCollection::InstanceDataCollection(InstanceDataPlan* plan, size_t nu
     VRK_ASSERT_RETURN(numItems <= kMaxBytes / std::max<size_t>(recordSize(), 1), ,
                       "Plan '%s' cannot have %zu items of %zu bytes", qPrintable(_plan->name()), numItems,
                       recordSize());
-    _data.fill('\0', static_cast<qsizetype>(numItems * _plan->totalDataSize()));
+    const size_t bytes = numItems * _plan->totalDataSize();
+    _data.fill('\0', static_cast<qsizetype>(bytes));
 }
 
 InstanceDataCollection::~InstanceDataCollection() = default;

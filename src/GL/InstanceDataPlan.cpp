@@ -39,6 +39,7 @@ using MechanismFactory = std::shared_ptr<ParameterMechanism> (*)(const QString& 
 constexpr MechanismFactory kMechanismFactories[] = {
     newMechanism<UniformBufferMechanism>, newMechanism<UniformMechanism>, newMechanism<BufferTextureMechanism>,
     newMechanism<TextureMechanism>, newMechanism<StorageBufferMechanism>};
+static_assert(std::size(kMechanismFactories) == InstanceDataPlan::eStorageBufferMechanism + 1, "one for each carrier");
 
 } // namespace
 

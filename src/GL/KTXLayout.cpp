@@ -97,13 +97,13 @@ constexpr TypeRow kUnknownType = {0, 8, false};
 
 quint64 texelBytes(GLenum format, GLenum type)
 {
-    const auto foundType =
+    const auto* const foundType =
         std::find_if(std::begin(kTypes), std::end(kTypes), [type](const TypeRow& row) { return row.type == type; });
     const TypeRow& typeRow = foundType != std::end(kTypes) ? *foundType : kUnknownType;
     if (typeRow.isPacked)
         return typeRow.bytes;
-    const auto foundFormat = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                          [format](const FormatRow& row) { return row.format == format; });
+    const auto* const foundFormat = std::find_if(std::begin(kFormats), std::end(kFormats),
+                                                 [format](const FormatRow& row) { return row.format == format; });
     return typeRow.bytes * (foundFormat != std::end(kFormats) ? foundFormat->channels : kChannelsOfUnknownFormat);
 }
 

@@ -65,8 +65,8 @@ struct VRKGL_EXPORT KTXHeader
 };
 static_assert(sizeof(KTXHeader) == kKTXHeaderBytes, "the header's fields follow each other without gaps");
 
-/// Turns the byte order around and keeps the low four bits of each byte alone. That is on purpose: whole bytes would
-/// let files load that are refused so far.
+/// Turns the byte order around and keeps the low four bits of each byte alone. That is on purpose: with whole bytes
+/// files would load that are to be refused.
 VRKGL_EXPORT quint32 swapKTXWord(quint32 word);
 /// In place, at any address: all words of the header; all 16-bit words, whole; all 32-bit words, as `swapKTXWord`.
 /// Bytes behind the last whole word stay.

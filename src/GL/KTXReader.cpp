@@ -79,7 +79,7 @@ KTXReader::Record::Record(Memory* source, const QString& sourceName) : memory(so
     const KTXMetadata metadata = walkKTXMetadata(keyValueData, count, readable);
     keys = metadata.keys;
     sizes = metadata.sizes;
-    // Not the other way round: files whose entries end with the block have always been refused.
+    // Not the other way round: files whose entries end with the block are refused, on purpose.
     valid = !metadata.endsWithBlock;
 }
 

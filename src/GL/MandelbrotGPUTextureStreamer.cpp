@@ -109,10 +109,9 @@ void MandelbrotGPUTextureStreamer::setUniforms(int width, int height)
 {
     _program->setUniform(QStringLiteral("u_textureWidth"), static_cast<unsigned int>(width));
     _program->setUniform(QStringLiteral("u_textureHeight"), static_cast<unsigned int>(height));
-    _program->setUniform(
-        QStringLiteral("u_region"),
-        QVector4D(static_cast<float>(_domainMinX), static_cast<float>((_domainMaxX - _domainMinX) / width),
-                  static_cast<float>(_domainMinY), static_cast<float>((_domainMaxY - _domainMinY) / height)));
+    const QVector4D region(static_cast<float>(_domainMinX), static_cast<float>((_domainMaxX - _domainMinX) / width),
+                           static_cast<float>(_domainMinY), static_cast<float>((_domainMaxY - _domainMinY) / height));
+    _program->setUniform(QStringLiteral("u_region"), region);
     _program->setUniform(QStringLiteral("u_texture"), 0);
 }
 

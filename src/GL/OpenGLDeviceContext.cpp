@@ -36,8 +36,8 @@ constexpr float kQuadTexCoords[] = {
     1.0f, 1.0f, //
     0.0f, 1.0f, //
 };
-static_assert(std::size(kQuadPositions) == kQuadVertices * 3);
-static_assert(std::size(kQuadTexCoords) == kQuadVertices * 2);
+static_assert(std::size(kQuadPositions) == std::size_t(kQuadVertices) * 3);
+static_assert(std::size(kQuadTexCoords) == std::size_t(kQuadVertices) * 2);
 
 // The instance of the process. By the time it is released at exit the context of its quad, or the driver itself, may be
 // gone, so the objects that still live are told to leave OpenGL alone.
@@ -97,7 +97,7 @@ QSharedPointer<DrawBuffers> OpenGLDeviceContext::fullscreenQuad()
 
 QSharedPointer<DrawBuffers> OpenGLDeviceContext::newFullscreenQuad()
 {
-    const QSharedPointer<DrawBuffers> quad(new DrawBuffers(nullptr));
+    QSharedPointer<DrawBuffers> quad(new DrawBuffers(nullptr));
     const QSharedPointer<VertexArrayObject> vao = newVAO();
     VRK_ASSERT_RETURN(!vao.isNull(), {}, "Vertex Array Object is NULL on newFullscreenQuad");
     quad->setVAO(vao);

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "PrefilteredEnvMapPass.h"
 
-#include "Diagnostics.h"
 #include "DrawBuffers.h"
 #include "FramebufferObject.h"
+#include "FullscreenQuad.h"
 #include "GLSLMacroProcessor.h"
-#include "OpenGLDeviceContext.h"
 #include "ShaderProgram.h"
-#include "VertexArrayObject.h"
 
 #include <QMessageLogger>
 #include <QString>
@@ -73,19 +71,6 @@ unsigned samplesOfATurn(unsigned samples)
     if (samples <= kLlvmpipeTurns || !endsLoopsEarly())
         return 1;
     return (samples - 1) / kLlvmpipeTurns + 1;
-}
-
-// ---- quads ---------------------------------------------------------------------------------------------------------
-
-/// Null, after a report, at exit, and when the factory of a subclass gave none or one without a vertex array.
-QSharedPointer<DrawBuffers> newQuad()
-{
-    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-    VRK_ASSERT_RETURN(!context.isNull(), {}, "Device context is NULL on prefilter");
-    QSharedPointer<DrawBuffers> quad = context->newFullscreenQuad();
-    VRK_ASSERT_RETURN(!quad.isNull(), {}, "Fullscreen quad is NULL on prefilter");
-    VRK_ASSERT_RETURN(!quad->VAO().isNull(), {}, "Vertex Array Object is NULL on prefilter");
-    return quad;
 }
 
 } // namespace
@@ -155,14 +140,9 @@ Pass::Pass(std::unique_ptr<ShaderProgram> program)
     : _framebuffer(std::make_unique<FramebufferObject>(nullptr)), _program(std::move(program))
 {
     _framebuffer->bind();
-    _quad = newQuad();
-    if (!_quad)
-        return;
-    VertexArrayObject& vao = *_quad->VAO();
-    vao.bind();
-    vao.enableShaderProgramArrays(_program.get());
-    vao.unbind();
-    _quad->bind();
+    _quad = newFullscreenQuadFor(*_program, "prefilter");
+    if (_quad)
+        _quad->bind();
 }
 
 Pass::~Pass() = default;

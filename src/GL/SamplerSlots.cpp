@@ -133,7 +133,7 @@ int SamplerSlots::takeSlot(int unit)
 void SamplerSlots::unbind(const TextureToken& token, Texture& texture, const TextureUnits*& units)
 {
     const qsizetype slot = _slotUnits.indexOf(unitOf(texture, units));
-    VRK_ASSERT(slot >= 0, "Texture of token %llu has no slot on unbind", static_cast<unsigned long long>(token.token));
+    VRK_ASSERT(slot >= 0, "Texture of token %llu has no slot on unbind", token.token);
     if (slot >= 0)
         --_slotRefCounts[slot];
     texture.unbind();

@@ -70,7 +70,7 @@ void SamplerTextureManager::setTokenSlot(const Texture* texture, int slot)
     if (own == textureTokenMap().constEnd())
         return;
     VRK_ASSERT_RETURN(own->token < static_cast<quint64>(this->_tokenToSlot.size()), ,
-                      "Token %llu has no entry in the slot map", static_cast<unsigned long long>(own->token));
+                      "Token %llu has no entry in the slot map", own->token);
     const auto index = static_cast<qsizetype>(own->token);
     if (_tokenToSlot[index] == slot)
         return;

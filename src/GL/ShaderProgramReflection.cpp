@@ -23,7 +23,10 @@ constexpr unsigned int kBindingUnset = 0xFFFFFFFF;
 template <std::size_t Size> class NameBuffer
 {
 public:
-    static constexpr GLsizei size = static_cast<GLsizei>(Size);
+    GLsizei size() const
+    {
+        return static_cast<GLsizei>(Size);
+    }
 
     GLchar* data()
     {
@@ -86,7 +89,7 @@ void ShaderProgram::cacheVertexAttributes()
         GLsizei length = 0;
         GLint size = 0;
         GLenum type = 0;
-        glGetActiveAttrib(_programID, static_cast<GLuint>(i), buffer.size, &length, &size, &type, buffer.data());
+        glGetActiveAttrib(_programID, static_cast<GLuint>(i), buffer.size(), &length, &size, &type, buffer.data());
         const char* const name = buffer.text();
         const GLint location = glGetAttribLocation(_programID, name);
         if (!isBuiltIn(name))
@@ -121,7 +124,7 @@ void ShaderProgram::cacheUniformBlockIndices()
     {
         GLsizei length = 0;
         const auto index = static_cast<GLuint>(i);
-        glGetActiveUniformBlockName(_programID, index, buffer.size, &length, buffer.data());
+        glGetActiveUniformBlockName(_programID, index, buffer.size(), &length, buffer.data());
         _uniformBlockIndices.insert(buffer.string(), index);
         _uniformBlockBindingIndices.insert(index, kBindingUnset);
     }
@@ -135,7 +138,7 @@ void ShaderProgram::cacheUniformBlockIndices()
     {
         GLsizei length = 0;
         const auto index = static_cast<GLuint>(i);
-        gl.getProgramResourceName(_programID, GL_SHADER_STORAGE_BLOCK, index, buffer.size, &length, buffer.data());
+        gl.getProgramResourceName(_programID, GL_SHADER_STORAGE_BLOCK, index, buffer.size(), &length, buffer.data());
         _storageBlockIndices.insert(buffer.string(), index);
         _storageBlockBindingIndices.insert(index, kBindingUnset);
     }
@@ -152,7 +155,7 @@ void ShaderProgram::summaryUniforms()
         GLsizei length = 0;
         GLint size = 0;
         GLenum type = 0;
-        glGetActiveUniform(_programID, static_cast<GLuint>(i), buffer.size, &length, &size, &type, buffer.data());
+        glGetActiveUniform(_programID, static_cast<GLuint>(i), buffer.size(), &length, &size, &type, buffer.data());
         tally[type] += size;
     }
 

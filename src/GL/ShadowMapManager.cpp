@@ -170,7 +170,7 @@ bool ShadowMapManager::bind(ShaderProgram* program, QVariant dataVariant)
     VRK_ASSERT_RETURN(true == dataVariant.canConvert<QObject*>(), false, "render data is not a 'QObject*' type is '%s'",
                       dataVariant.typeName());
     VRK_ASSERT_RETURN(NULL != dataVariant.value<QObject*>(), false, "NULL QObject render data");
-    QObject* const object = dataVariant.value<QObject*>();
+    auto* const object = dataVariant.value<QObject*>();
     const auto* const renderData = qobject_cast<const RenderData*>(object);
     if (!renderData)
         VRK_LOG_DEBUG("Type '%s'\n", object->metaObject()->className());

@@ -58,7 +58,7 @@ TextureLoader* identify(std::unique_ptr<Memory> memory, const QString& name, con
         loader = recogniser->recognise(memory.get(), name);
     }
     if (loader)
-        memory.release();
+        static_cast<void>(memory.release()); // it is the loader's
     return loader;
 }
 

@@ -31,11 +31,6 @@ const void* shown(const TextureToken& token)
     return reinterpret_cast<const void*>(static_cast<quintptr>(token.token));
 }
 
-unsigned long long number(const TextureToken& token)
-{
-    return token.token;
-}
-
 /// What follows the last separator: slashes first, and backslashes only where there is no slash.
 QString lastComponent(const QString& path)
 {
@@ -105,7 +100,7 @@ void TextureManager::clear()
 
 void TextureManager::reportDestroyed(const TextureToken& token, const TextureOfToken& texture)
 {
-    VRK_ASSERT(!texture.isDestroyed(), "Texture of token %llu was destroyed without deleteTexture()", number(token));
+    VRK_ASSERT(!texture.isDestroyed(), "Texture of token %llu was destroyed without deleteTexture()", token.token);
 }
 
 /// Nothing stands for nothing: spares every look-up a case of its own.
@@ -129,7 +124,7 @@ Texture* TextureManager::textureForToken(const TextureToken& token)
         // Nothing is kept of the failure, so that a file that comes later is found. The colour may have been left in
         // its table under a token that a file has now: that would never end.
         VRK_ASSERT_RETURN(token != _colorToToken.value(qRgb(255, 255, 255)), nullptr,
-                          "Token %llu of white stands for a file that cannot be loaded", number(token));
+                          "Token %llu of white stands for a file that cannot be loaded", token.token);
         return textureForColor(Qt::white);
     }
     if (const auto color = _tokenToColor.constFind(token); color != _tokenToColor.constEnd())
@@ -280,7 +275,7 @@ TextureToken TextureManager::reserveTokenBlock(int count)
 
 void TextureManager::deleteToken(const TextureToken& token)
 {
-    VRK_ASSERT(0 < this->_maxToken.token, "Delete token %3p but none %llu reserved!", shown(token), number(_maxToken));
+    VRK_ASSERT(0 < this->_maxToken.token, "Delete token %3p but none %llu reserved!", shown(token), _maxToken.token);
     VRK_ASSERT(token.token < this->_maxToken.token, "Delete token %3p but only %3p reserved!", shown(token),
                shown(_maxToken));
     _freeTokens->append(token);
@@ -450,7 +445,7 @@ QString TextureManager::resolveTexturePath(QString path) const
         return path;
     const QDir root(_textureRoot);
     for (const QString& candidate : {path, lastComponent(path)})
-        if (const QString absolute = root.absoluteFilePath(candidate); QFileInfo::exists(absolute))
+        if (QString absolute = root.absoluteFilePath(candidate); QFileInfo::exists(absolute))
             return absolute;
     qDebug() << "Failed to find file " << path;
     return path;

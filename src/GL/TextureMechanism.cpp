@@ -33,13 +33,6 @@ QSharedPointer<Texture> newTexture()
     return QSharedPointer<Texture>(new Texture(nullptr));
 }
 
-/// Whether calls on its target reach this texture. Without a unit, which its bind reports, they would change what the
-/// active unit holds.
-bool hasUnit(const Texture& texture)
-{
-    return TextureUnits::ofCurrentContext().unitOf(texture.textureID()) >= 0;
-}
-
 /// Whether OpenGL takes texels from a buffer: without one it would read them from address 0. Asked of the driver only
 /// where our own bind does not vouch for it.
 bool isUnpackBufferBound()
@@ -258,7 +251,7 @@ bool BufferTextureMechanism::bind(ShaderProgram* program, TextureManager* textur
 QSharedPointer<Texture> BufferTextureMechanism::initBufferTextureStorage(TextureFormat format,
                                                                          QSharedPointer<BufferObject> buffer)
 {
-    const QSharedPointer<Texture> texture = newTexture();
+    QSharedPointer<Texture> texture = newTexture();
     texture->setTarget(GL_TEXTURE_BUFFER);
     const AutoBinder textureBinder(texture);
     const AutoBinder bufferBinder(buffer);

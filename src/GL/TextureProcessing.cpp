@@ -4,11 +4,10 @@
 #include "Diagnostics.h"
 #include "DrawBuffers.h"
 #include "FramebufferObject.h"
+#include "FullscreenQuad.h"
 #include "GLUtilities.h"
-#include "OpenGLDeviceContext.h"
 #include "ShaderProgram.h"
 #include "Texture.h"
-#include "VertexArrayObject.h"
 
 #include <QMessageLogger>
 #include <QStringList>
@@ -68,13 +67,6 @@ std::unique_ptr<ShaderProgram> newTextureShader()
 
 // ---- one pass ------------------------------------------------------------------------------------------------------
 
-void enableArrays(VertexArrayObject& vao, const ShaderProgram& program)
-{
-    vao.bind();
-    vao.enableShaderProgramArrays(&program);
-    vao.unbind();
-}
-
 void setUniforms(ShaderProgram& program, const QHash<QString, QVariant>& uniforms, const Texture& source)
 {
     for (auto uniform = uniforms.cbegin(); uniform != uniforms.cend(); ++uniform)
@@ -98,22 +90,10 @@ void endPass()
     glEnable(GL_DEPTH_TEST);
 }
 
-/// Null, after a report, at exit, and when the factory of a subclass gave none or one without a vertex array.
-QSharedPointer<DrawBuffers> newQuad()
-{
-    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-    VRK_ASSERT_RETURN(!context.isNull(), {}, "Device context is NULL on ProcessTexture");
-    QSharedPointer<DrawBuffers> quad = context->newFullscreenQuad();
-    VRK_ASSERT_RETURN(!quad.isNull(), {}, "Fullscreen quad is NULL on ProcessTexture");
-    VRK_ASSERT_RETURN(!quad->VAO().isNull(), {}, "Vertex Array Object is NULL on ProcessTexture");
-    return quad;
-}
-
 /// With the program in use, the source bound and the destination's framebuffer in force.
 void drawQuad(DrawBuffers& quad, ShaderProgram& program, const QHash<QString, QVariant>& uniforms,
               const Texture& source, int width, int height)
 {
-    enableArrays(*quad.VAO(), program);
     quad.bind();
     setUniforms(program, uniforms, source);
     beginPass(width, height);
@@ -147,7 +127,7 @@ bool process(ShaderProgram& program, const QHash<QString, QVariant>& uniforms, T
     framebuffer->bind();
     framebuffer->attach(&destination, GL_COLOR_ATTACHMENT0, 0);
     framebuffer->setDrawBuffers();
-    const QSharedPointer<DrawBuffers> quad = newQuad();
+    const QSharedPointer<DrawBuffers> quad = newFullscreenQuadFor(program, "ProcessTexture");
     if (quad)
         drawQuad(*quad, program, uniforms, source, width, height);
     framebuffer->detach(GL_COLOR_ATTACHMENT0);
@@ -204,9 +184,9 @@ constexpr BlitForm kColorBlit = {0, GL_COLOR_ATTACHMENT0, GL_COLOR_BUFFER_BIT};
 
 BlitForm blitFormOf(TextureFormat format)
 {
-    const auto found = std::find_if(std::begin(kBlitForms), std::end(kBlitForms),
-                                    [external = ExternalFormat(format)](const BlitForm& row)
-                                    { return row.externalFormat == external; });
+    const auto* const found = std::find_if(std::begin(kBlitForms), std::end(kBlitForms),
+                                           [external = ExternalFormat(format)](const BlitForm& row)
+                                           { return row.externalFormat == external; });
     return found != std::end(kBlitForms) ? *found : kColorBlit;
 }
 

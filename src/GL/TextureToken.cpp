@@ -24,7 +24,8 @@ QList<TextureToken>::iterator TextureToken::insert(QList<TextureToken>& list, co
 
 QList<TextureToken>& TextureToken::unite(QList<TextureToken>& list, const QList<TextureToken>& other)
 {
-    const QList<TextureToken> added = other; // may be the list itself
+    // It may be the list itself. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const QList<TextureToken> added = other;
     for (const TextureToken& token : added)
         insert(list, token);
     return list;

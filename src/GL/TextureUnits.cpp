@@ -4,6 +4,7 @@
 #include "Diagnostics.h"
 #include "GLContextTracker.h"
 #include "GLFunctions.h"
+#include "Texture.h"
 
 #include <QBasicMutex>
 #include <QMutexLocker>
@@ -149,6 +150,11 @@ void TextureUnits::release(unsigned texture)
     const unsigned unit = textureToUnitMaps.take(texture);
     boundTextureCounts.remove(texture);
     freeTextureUnits.insert(unit);
+}
+
+bool hasUnit(const Texture& texture)
+{
+    return TextureUnits::ofCurrentContext().unitOf(texture.textureID()) >= 0;
 }
 
 } // namespace Harrow::Vrk

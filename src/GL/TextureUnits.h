@@ -15,6 +15,8 @@ class QBasicMutex;
 namespace Harrow::Vrk
 {
 
+class Texture;
+
 struct VRKGL_EXPORT TextureUnits
 {
     /// Units beyond this number are left alone, whatever a driver claims: drivers have 16 to 192 of them, and the books
@@ -57,5 +59,9 @@ private:
 
     static QBasicMutex& recordsMutex();
 };
+
+/// Whether calls on its target reach this texture. Without a unit, which its bind reports, they would change what the
+/// active unit holds.
+bool hasUnit(const Texture& texture);
 
 } // namespace Harrow::Vrk

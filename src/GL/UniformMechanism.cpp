@@ -110,9 +110,10 @@ void UniformMechanism::sendMember(int location, const QString& name, DataType ty
     const SendRow& row = kSends[type];
     const auto count = static_cast<size_t>(collection.size());
     // Never less than OpenGL reads; what no member fills is zero.
-    _packed.resize(static_cast<qsizetype>(std::max(step, row.bytesRead) * count));
-    const auto packedBytes = static_cast<qsizetype>(step * count);
-    std::fill(_packed.begin() + packedBytes, _packed.end(), '\0');
+    const size_t readBytes = std::max(step, row.bytesRead) * count;
+    const size_t packedBytes = step * count;
+    _packed.resize(static_cast<qsizetype>(readBytes));
+    std::fill(_packed.begin() + static_cast<qsizetype>(packedBytes), _packed.end(), '\0');
     const char* source = collection.dataArray().constData() + offset;
     for (size_t index = 0; index < count; ++index, source += plan->totalDataSize())
         std::memcpy(_packed.data() + index * step, source, step);

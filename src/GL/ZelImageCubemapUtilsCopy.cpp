@@ -6,12 +6,11 @@
 #include "Diagnostics.h"
 #include "DrawBuffers.h"
 #include "FramebufferObject.h"
+#include "FullscreenQuad.h"
 #include "GLFunctions.h"
 #include "GLUtilities.h"
-#include "OpenGLDeviceContext.h"
 #include "ShaderProgram.h"
 #include "Texture.h"
-#include "VertexArrayObject.h"
 #include "ZelRenderCubemapMatrices.h"
 
 #include <QSharedPointer>
@@ -117,21 +116,6 @@ std::unique_ptr<Texture> newStrip(const LevelForm& face)
     return strip;
 }
 
-/// With its arrays ready for the program. Null, after a report, at exit, and when the factory of a subclass gave none
-/// or one without a vertex array.
-QSharedPointer<DrawBuffers> newQuad(const ShaderProgram& program)
-{
-    const QSharedPointer<OpenGLDeviceContext> context = OpenGLDeviceContext::current();
-    VRK_ASSERT_RETURN(!context.isNull(), {}, "Device context is NULL on createGLCubemapStripFromTexture");
-    QSharedPointer<DrawBuffers> quad = context->newFullscreenQuad();
-    VRK_ASSERT_RETURN(!quad.isNull(), {}, "Fullscreen quad is NULL on createGLCubemapStripFromTexture");
-    const QSharedPointer<VertexArrayObject> vao = quad->VAO();
-    VRK_ASSERT_RETURN(!vao.isNull(), {}, "Vertex Array Object is NULL on createGLCubemapStripFromTexture");
-    const AutoBinder binder(vao.data());
-    vao->enableShaderProgramArrays(&program);
-    return quad;
-}
-
 /// With program and source bound. False when the strip cannot be drawn into.
 bool drawFaces(FramebufferObject& framebuffer, Texture& strip, ShaderProgram& program, DrawBuffers& quad,
                const LevelForm& form)
@@ -173,7 +157,7 @@ std::unique_ptr<Texture> drawStrip(Texture& source, const LevelForm& form)
     if (!strip)
         return nullptr;
     FramebufferObject framebuffer(nullptr);
-    const QSharedPointer<DrawBuffers> quad = newQuad(*program);
+    const QSharedPointer<DrawBuffers> quad = newFullscreenQuadFor(*program, "createGLCubemapStripFromTexture");
     if (!quad)
         return nullptr;
     {

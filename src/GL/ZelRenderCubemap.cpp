@@ -45,8 +45,8 @@ constexpr float kQuadNormals[] = {
     1.0f, -1.0f, 1.0f,  //
     1.0f, 1.0f,  1.0f,  //
 };
-static_assert(std::size(kQuadPositions) == kQuadVertices * 2);
-static_assert(std::size(kQuadNormals) == kQuadVertices * 3);
+static_assert(std::size(kQuadPositions) == std::size_t(kQuadVertices) * 2);
+static_assert(std::size(kQuadNormals) == std::size_t(kQuadVertices) * 3);
 
 template <std::size_t Count>
 bool uploadAttribute(OpenGLDeviceContext& context, VertexArrayObject& vao, const char* name,

@@ -459,7 +459,7 @@ TEST(DeepPickTest, NumbersThatAreNoneAreRefused)
     for (const char* angle : {"x", "nan", "1e9", ""})
         expectRefused(folder, pixel + QStringList{"--azimuth", angle}, QStringLiteral("a number from -3600 to 3600"));
     expectRefused(folder, pixel + QStringList{"--elevation", "91"}, QStringLiteral("a number from -90 to 90"));
-    expectRefused(folder, pixel + QStringList{"--up", "x"}, QStringLiteral("y or z"));
+    expectRefused(folder, pixel + QStringList{"--up", "x"}, QStringLiteral("one of y, z"));
     for (const char* room : {"0", "-1", "x", "99999999999"})
         expectRefused(folder, pixel + QStringList{"--room", room}, QStringLiteral("a whole number from 1"));
     expectRefused(folder, pixel + QStringList{"--frobnicate"}, QStringLiteral("frobnicate"));
