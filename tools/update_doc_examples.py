@@ -20,7 +20,7 @@ BLOCK = re.compile(r"(<!-- (\S+) -->\n```(\w+)\n)(.*?)(```)", re.S)
 def main():
     stale = []
     shown = set()
-    for path in [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]:
+    for path in [ROOT / "README.md", *sorted((ROOT / "docs").rglob("*.md"))]:
         text = path.read_text(encoding="utf-8")
 
         def current(match):
@@ -36,7 +36,9 @@ def main():
         return 0
     for path in stale:
         print(f"{path.relative_to(ROOT)} shows an example as it no longer is: run tools/update_doc_examples.py")
-    for name in {"examples/minimal/main.cpp", "examples/viewer/Farbfeld.cpp"} - shown:
+    guides = {f"examples/guides/{path.name}" for path in (ROOT / "examples/guides").glob("*.cpp")}
+    wanted = {"examples/minimal/main.cpp", "examples/viewer/Farbfeld.cpp"} | guides - {"examples/guides/Guide.cpp"}
+    for name in sorted(wanted - shown):
         print(f"no document shows {name}")
         stale.append(name)
     if (ROOT / "examples/minimal/main.cpp").read_text(encoding="utf-8").count("\n") >= 100:

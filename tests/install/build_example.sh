@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Builds an example alone against an installed tree, and has it draw.
-# Arguments: example (minimal or viewer), prefix, source folder, build folder, compiler.
+# Arguments: example (minimal, viewer or guides), prefix, source folder, build folder, compiler.
 set -euo pipefail
 example=$1 prefix=$2 source=$3 build=$4 compiler=$5
 rm -rf "$build"
@@ -18,6 +18,11 @@ case "$example" in
         ;;
     viewer)
         picture=$(./vrkview --builtin --size 160x90 --output picture.png)
+        ;;
+    guides)
+        ctest --output-on-failure
+        picture=picture.png
+        ./vrkguide-shadows "$picture"
         ;;
 esac
 [ "$(head -c 4 "$picture" | tail -c 3)" = PNG ]
