@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: MIT
-option(VRK_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+set(VRK_SANITIZE OFF CACHE STRING "ON: AddressSanitizer and UndefinedBehaviorSanitizer; thread: ThreadSanitizer; OFF: neither")
 
-if(VRK_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+if(VRK_SANITIZE STREQUAL "thread")
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer -O1 -g1)
+    add_link_options(-fsanitize=thread)
+elseif(VRK_SANITIZE)
+    # Optimised further the checks take longer to compile and are more often optimised away.
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1)
     add_link_options(-fsanitize=address,undefined)
 endif()
 

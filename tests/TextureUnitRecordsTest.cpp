@@ -5,7 +5,7 @@
 
 #include "FreeNumbersTestTools.h"
 #include "TextureTestTools.h"
-#include "support/RecordingPlatform.h"
+#include "ThreadTestTools.h"
 
 #include <QBasicMutex>
 
@@ -94,39 +94,6 @@ TEST_F(TextureUnitRecords, StayWhereTheyAreWhileOthersAreMade)
         ASSERT_EQ(records[i]->unitOf(unsigned(i + 1)), 3);
     }
 }
-
-/// The fake driver with a context of its own on each thread.
-class ContextPerThread final : public GLPlatform
-{
-public:
-    explicit ContextPerThread(GLPlatform& driver) : _driver(driver)
-    {
-        RecordingPlatform::instance().setInner(this);
-    }
-    ~ContextPerThread() override
-    {
-        RecordingPlatform::instance().setInner(&_driver);
-    }
-    void* procAddress(const char* name) override
-    {
-        return _driver.procAddress(name);
-    }
-    void* moduleSymbol(const char* name) override
-    {
-        return _driver.moduleSymbol(name);
-    }
-    void* currentContext() override
-    {
-        return context;
-    }
-
-    static thread_local void* context;
-
-private:
-    GLPlatform& _driver;
-};
-
-thread_local void* ContextPerThread::context = nullptr;
 
 TEST_F(TextureUnitRecords, ThreadsMakeAndUseTheirOwnAtTheSameTime)
 {

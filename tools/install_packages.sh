@@ -1,16 +1,22 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what is missing of tools/packages.txt. Usage: install_packages.sh run|test
+# Installs what is missing of tools/packages.txt. Usage: install_packages.sh run|test|quality
+# Each of the three has what those before it have.
 # An optional package that could not be had is noted in build/packages-not-had.txt and not asked for again.
 set -euo pipefail
 cd "$(dirname "$0")"
-wanted=${1:?run or test}
+case ${1:-} in
+    run) groups=' run ' ;;
+    test) groups=' run test ' ;;
+    quality) groups=' run test quality ' ;;
+    *) echo 'Usage: install_packages.sh run|test|quality' >&2 && exit 2 ;;
+esac
 not_had=../build/packages-not-had.txt
 
 required=() optional=()
 while read -r name when kind; do
     case "$name" in '' | '#'*) continue ;; esac
-    [ "$when" = run ] || [ "$wanted" = test ] || continue
+    [[ $groups == *" $when "* ]] || continue
     if command -v dpkg-query > /dev/null; then
         [ "$(dpkg-query -W -f='${Status}' "$name" 2> /dev/null || true)" = 'install ok installed' ] && continue
     fi

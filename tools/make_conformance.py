@@ -28,7 +28,7 @@ LAYER_TITLES = {
 }
 # What is no unit of the library has sections of its own behind the layers.
 GLSL, HARNESS, QT = "GLSL that the library carries", "The harness of the tests", "Contexts of Qt and GLX"
-EXAMPLES = "Examples"
+EXAMPLES, THREADS = "Examples", "Several threads at once"
 # Prefix of a suite -> (part, section). The longest prefix counts; one that fits no suite is an error.
 SUBJECTS = {
     "ASTCFiles": (None, "ASTCReader"),
@@ -72,6 +72,7 @@ SUBJECTS = {
     "ShadowMapSeams": (None, "ShadowMapManager"),
     "TextureLoader2DHelper": (None, "TextureLoader"),
     "TextureUnitRecords": (None, "TextureUnits"),
+    "Thread": (THREADS, "What is told to be safe"),
     "VisibilityBuffer": (GLSL, "VisibilityBuffer"),
 }
 TEST = re.compile(r"^[ \t]*(TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\s*(\w+)\s*,\s*(\w+)\s*\)", re.M)
@@ -261,7 +262,7 @@ def document(text, suites):
     for position, layer in enumerate(layers):
         units = sorted((unit for unit in rank if rank[unit] == position), key=str.lower)
         parts.append((LAYER_TITLES.get(layer, layer), [(unit, places.get((None, unit), [])) for unit in units]))
-    for part in (GLSL, QT, EXAMPLES, HARNESS):
+    for part in (GLSL, QT, THREADS, EXAMPLES, HARNESS):
         parts.append((part, sorted((name, held) for (of, name), held in places.items() if of == part)))
 
     lines = [

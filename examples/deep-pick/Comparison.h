@@ -29,11 +29,11 @@ struct ComparedSurface
 std::vector<ComparedSurface> compare(const std::vector<Fragment>& fragments, const std::vector<RayHit>& hits,
                                      double reach);
 
-/// Names, numbers and places of a fragment as one line; `number` counts from 1, front to back.
-QString describe(const Fragment& fragment, std::size_t number, const PickScene& scene);
+/// Names, numbers and places of a fragment as one line; `index` counts from 1, front to back.
+QString describe(const Fragment& fragment, std::size_t index, const PickScene& scene);
 
 /// What the ray says of it, how far off the fragment is and how far it may be, as one line.
-QString describe(const ComparedSurface& surface, std::size_t number, const PickScene& scene);
+QString describe(const ComparedSurface& surface, std::size_t index, const PickScene& scene);
 
 /// The largest differences, as one line without an end.
 QString summary(const std::vector<ComparedSurface>& surfaces);

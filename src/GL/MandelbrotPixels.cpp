@@ -168,14 +168,14 @@ Follow follow(MandelbrotKernel kernel)
     {
 #if defined(VRK_HAS_WIDE_VECTORS)
     case MandelbrotKernel::eWideVectors:
-        return __builtin_cpu_supports("avx2") ? &followByWideVectors : nullptr;
+        return __builtin_cpu_supports("avx2") ? followByWideVectors : nullptr;
 #endif
 #if defined(__GNUC__)
     case MandelbrotKernel::eVectors:
-        return &followByVectors;
+        return followByVectors;
 #endif
     case MandelbrotKernel::ePlain:
-        return &followPlain;
+        return followPlain;
     default:
         return nullptr;
     }
