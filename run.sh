@@ -3,7 +3,7 @@
 # Installs what is missing, builds, and draws a picture with vrkview. All arguments go to vrkview:
 #   ./run.sh                      the built-in scene, headless, to build/release/vrkview.png
 #   ./run.sh some/model.obj       another model
-#   ./run.sh --window             in a window: drag orbits, the wheel zooms
+#   ./run.sh --window             in a window: drag orbits, the wheel zooms, H lists the keys
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 build=$here/build/release

@@ -87,8 +87,14 @@ bool Environment::create(const EnvironmentSettings& settings, QString& error)
         error = QStringLiteral("the driver can't filter the environment '%1'").arg(settings.path);
         return false;
     }
-    _scale = std::exp2(settings.exposure.value_or(0.0f)) * kMiddle / brightness();
+    _unexposed = kMiddle / brightness();
+    expose(settings);
     return true;
+}
+
+void Environment::expose(const EnvironmentSettings& settings)
+{
+    _scale = std::exp2(settings.exposure.value_or(0.0f)) * _unexposed;
 }
 
 bool Environment::load(const QString& path, QString& error)

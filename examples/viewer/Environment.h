@@ -32,6 +32,9 @@ public:
     /// framebuffers as they were, blending and the depth test off.
     bool create(const EnvironmentSettings& settings, QString& error);
 
+    /// Brightens by the exposure of `settings` from now on, of which nothing else counts.
+    void expose(const EnvironmentSettings& settings);
+
     /// Around draws by a bound program that includes Environment.glslh.
     void bind(Harrow::Vrk::ShaderProgram& program);
     void unbind();
@@ -47,6 +50,7 @@ private:
     Map _specular;
     Map _diffuse;
     Map _table;
+    float _unexposed = 1.0f; // the scale that shows a white surface in the middle of what a screen has
     float _scale = 1.0f;
 };
 

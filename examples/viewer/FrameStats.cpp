@@ -33,14 +33,35 @@ double median(const QList<FrameStats>& frames, double FrameStats::*time)
 
 } // namespace
 
+QList<std::pair<QString, double>> phaseTimes(const QList<FrameStats>& frames)
+{
+    QList<std::pair<QString, double>> times;
+    if (!frames.isEmpty())
+        for (const Phase& phase : kPhases)
+            times.emplaceBack(QLatin1String(phase.name), median(frames, phase.time));
+    return times;
+}
+
+double meanFrameTime(const QList<FrameStats>& frames)
+{
+    double sum = 0.0;
+    int count = 0;
+    for (const FrameStats& frame : frames)
+    {
+        sum += frame.sinceLast;
+        count += frame.sinceLast > 0.0 ? 1 : 0;
+    }
+    return count > 0 ? sum / count : 0.0;
+}
+
 QStringList report(const QList<FrameStats>& frames)
 {
     if (frames.isEmpty())
         return {};
     const FrameStats& last = frames.constLast();
     QStringList times;
-    for (const Phase& phase : kPhases)
-        times += QStringLiteral("%1 %2 ms").arg(QLatin1String(phase.name)).arg(median(frames, phase.time), 0, 'f', 3);
+    for (const auto& [name, time] : phaseTimes(frames))
+        times += QStringLiteral("%1 %2 ms").arg(name).arg(time, 0, 'f', 3);
     QStringList lines = {QStringLiteral("commands %1, culled %2, draw calls %3, batches %4, indices %5")
                              .arg(last.commands)
                              .arg(last.culled)

@@ -41,9 +41,10 @@ struct Mesh
     QString name;
     std::vector<QVector3D> positions;
     std::vector<QVector3D> normals;     ///< one a position; unit length, or zero where the file gave nothing usable
-    std::vector<QVector2D> texCoords;   ///< one a position, or none at all
+    std::vector<QVector2D> texCoords;   ///< one a position, or none at all; y upwards
     std::vector<std::uint32_t> indices; ///< three a triangle
     std::size_t material = 0;
+    std::vector<QVector2D> moreTexCoords{}; ///< for pictures that lie in another way; as many as `texCoords`, or none
 };
 
 /// How a picture is looked up. The numbers are those of scene.frag.
@@ -90,6 +91,17 @@ enum class Wrap : std::uint32_t
     Clamp = 2
 };
 
+/// A picture of how a property goes over the surface.
+struct MaterialImage
+{
+    std::size_t image = 0;
+    Wrap wrapS = Wrap::Repeat;
+    Wrap wrapT = Wrap::Repeat;
+    bool more = false; ///< it lies by `Mesh::moreTexCoords`
+
+    bool operator==(const MaterialImage&) const = default;
+};
+
 struct Material
 {
     QString name;
@@ -103,6 +115,14 @@ struct Material
     float opacity = 1.0f;
     bool transparent = false; ///< blended: what is behind shows through
     bool twoSided = true;
+    QVector3D emission{};                          ///< light that it gives by itself, linear
+    float normalScale = 1.0f;                      ///< how much of the normals' slope counts
+    float occlusionStrength = 1.0f;                ///< how much of the occlusion counts, 0 to 1
+    std::optional<MaterialImage> normalImage{};    ///< red to the right, green upwards in the picture, blue outwards
+    std::optional<MaterialImage> surfaceImage{};   ///< green multiplies the roughness, blue the metal
+    std::optional<MaterialImage> occlusionImage{}; ///< red: the share of the light from all around that arrives
+    std::optional<MaterialImage> emissionImage{};  ///< multiplies the emission; gamma encoded
+    bool unlit = false;                            ///< shown in its colour, whatever the light
 };
 
 /// A place in a tree of places. Parents come before their children.
@@ -135,7 +155,8 @@ struct FileCamera
     float farClip = 0.0f;
 };
 
-/// A light that the file names; it shines along -z of its node.
+/// A light that the file names; it shines along -z of its node. A point and a spot fade with the square of the
+/// distance.
 struct FileLight
 {
     enum class Kind
@@ -149,7 +170,9 @@ struct FileLight
     QString name;
     int node = -1;
     Kind kind = Kind::Other;
-    QVector3D color; ///< linear, times intensity
+    QVector3D color;         ///< linear, times intensity; of point and spot at a distance of 1
+    float innerCone = 0.0f;  ///< of a spot: half the angle of full strength, radians
+    float outerCone = 0.78f; ///< of a spot: half the angle beyond which there is nothing
 };
 
 /// How one node of a crowd moves: it circles around a place.

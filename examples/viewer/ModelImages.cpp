@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ModelImages.h"
 
+#include "Terminal.h"
+
 #include <QFileInfo>
 #include <QUrl>
 
@@ -53,7 +55,11 @@ ImageTable::ImageTable(const aiScene& scene, const QString& modelPath)
 
 std::size_t ImageTable::indexOf(const aiString& name)
 {
-    Image image = find(name);
+    return add(find(name));
+}
+
+std::size_t ImageTable::add(Image image)
+{
     const auto known = _known.constFind(image.path);
     if (known != _known.constEnd())
         return *known;
@@ -61,6 +67,57 @@ std::size_t ImageTable::indexOf(const aiString& name)
     _known.insert(image.path, index);
     _images.push_back(std::move(image));
     return index;
+}
+
+std::size_t ImageTable::indexOfSurface(const aiString* roughness, const aiString* metal)
+{
+    const QImage rough = pixelsOf(roughness);
+    const QImage metallic = pixelsOf(metal);
+    const QSize size = rough.size().expandedTo(metallic.size()).expandedTo({1, 1});
+    // The red of a picture at a place of the new one.
+    const auto redAt = [&size](const QImage& image, int x, int y, int otherwise)
+    {
+        return image.isNull() ? otherwise
+                              : qRed(image.pixel(x * image.width() / size.width(), y * image.height() / size.height()));
+    };
+    Image image;
+    image.path = QStringLiteral("roughness %1, metal %2")
+                     .arg(roughness ? QString::fromUtf8(roughness->C_Str()) : QString(),
+                          metal ? QString::fromUtf8(metal->C_Str()) : QString());
+    image.pixels = QImage(size, QImage::Format_RGB32);
+    for (int y = 0; y < image.pixels.height(); ++y)
+        for (int x = 0; x < image.pixels.width(); ++x)
+            image.pixels.setPixel(x, y, qRgb(255, redAt(rough, x, y, 255), redAt(metallic, x, y, metal ? 0 : 255)));
+    return add(std::move(image));
+}
+
+bool ImageTable::holdsNormals(const aiString& name) const
+{
+    constexpr int kSide = 16;
+    const Image found = find(name);
+    const QImage image = (found.pixels.isNull() ? QImage(found.path) : found.pixels)
+                             .scaled(kSide, kSide, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    int blue = 0;
+    int others = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+        {
+            blue += qBlue(image.pixel(x, y));
+            others += (qRed(image.pixel(x, y)) + qGreen(image.pixel(x, y))) / 2;
+        }
+    constexpr int kTexels = kSide * kSide;
+    return blue > 190 * kTexels && others > 90 * kTexels && others < 165 * kTexels;
+}
+
+QImage ImageTable::pixelsOf(const aiString* name) const
+{
+    if (!name)
+        return {};
+    const Image image = find(*name);
+    QImage pixels = image.pixels.isNull() ? QImage(image.path) : image.pixels;
+    if (pixels.isNull())
+        remark(QStringLiteral("the picture '%1' can't be read").arg(image.path));
+    return pixels.convertToFormat(QImage::Format_RGB32);
 }
 
 std::vector<Image> ImageTable::take()

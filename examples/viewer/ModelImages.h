@@ -24,10 +24,19 @@ public:
     /// The number of the picture that a material names.
     std::size_t indexOf(const aiString& name);
 
+    /// The number of a picture with the roughness in green and the metal in blue, each from the red of a picture of its
+    /// own. What is null is 1 everywhere; what can't be read is rough and no metal.
+    std::size_t indexOfSurface(const aiString* roughness, const aiString* metal);
+
+    /// Whether a picture looks as one of normals does, on the whole blue, and not as one of heights.
+    bool holdsNormals(const aiString& name) const;
+
     std::vector<Image> take();
 
 private:
+    std::size_t add(Image image);
     Image find(const aiString& name) const;
+    QImage pixelsOf(const aiString* name) const;
     QString pathBesideModel(const QString& name) const;
     Image tilesBesideModel(const QString& name) const;
 

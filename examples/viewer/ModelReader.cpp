@@ -2,20 +2,24 @@
 #include "ModelReader.h"
 
 #include "Gltf1Nodes.h"
+#include "GltfEmission.h"
 #include "MemoryLimit.h"
 #include "ModelImages.h"
+#include "ModelMaterials.h"
 #include "Terminal.h"
 
 #include <QFileInfo>
 
-#include <assimp/GltfMaterial.h>
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
+#include <assimp/MemoryIOWrapper.h>
 #include <assimp/ProgressHandler.hpp>
 #include <assimp/camera.h>
 #include <assimp/config.h>
 #include <assimp/light.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
+#include <assimp/version.h>
 
 #include <algorithm>
 #include <cmath>
@@ -48,6 +52,25 @@ public:
 
 private:
     ProgressLine _line;
+};
+
+// Shows the importer other bytes in place of those of one file.
+class RewrittenFile : public Assimp::DefaultIOSystem
+{
+public:
+    RewrittenFile(const QString& path, const QByteArray& contents) : _path(path), _contents(contents) {}
+
+    Assimp::IOStream* Open(const char* file, const char* mode) override
+    {
+        if (QFileInfo(QString::fromUtf8(file)) == QFileInfo(_path))
+            return new Assimp::MemoryIOStream(reinterpret_cast<const uint8_t*>(_contents.constData()),
+                                              std::size_t(_contents.size()));
+        return DefaultIOSystem::Open(file, mode);
+    }
+
+private:
+    const QString _path;
+    const QByteArray _contents;
 };
 
 // Why a path cannot be a model file at all, or an empty string.
@@ -159,127 +182,30 @@ QVector3D unitOrZero(const QVector3D& v)
     return std::isfinite(length) && length > 1.0e-6f ? v / length : QVector3D();
 }
 
-// A number between 0 and 1, whatever the file says.
-float unitRange(float value)
+std::vector<QVector2D> texCoordsOf(const aiMesh& source, const TexCoordSource& wanted)
 {
-    return value >= 0.0f ? std::min(value, 1.0f) : 0.0f; // NaN compares false
-}
-
-float decodeGamma(float value)
-{
-    return std::pow(unitRange(value), 2.2f);
-}
-
-// Whether the importer made the material up because the file has none. Our own grey does better than its white.
-bool isMadeUp(const QString& name, const aiColor3D& color)
-{
-    return name == QLatin1String(AI_DEFAULT_MATERIAL_NAME) || (name.isEmpty() && color == aiColor3D(1.0f, 1.0f, 1.0f));
-}
-
-// The slot of the picture that colours a material, or none. Newer formats have a slot of their own for it.
-std::optional<aiTextureType> baseColorSlot(const aiMaterial& material)
-{
-    for (const aiTextureType slot : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE})
-        if (material.GetTextureCount(slot) > 0)
-            return slot;
-    return std::nullopt;
-}
-
-Wrap toWrap(aiTextureMapMode mode)
-{
-    switch (mode)
+    const aiVector3D* const given = source.mTextureCoords[source.HasTextureCoords(wanted.set) ? wanted.set : 0];
+    if (!given)
+        return {};
+    const QMatrix3x3& matrix = wanted.fromFile;
+    const bool isPlain = matrix.isIdentity();
+    std::vector<QVector2D> result;
+    result.reserve(source.mNumVertices);
+    for (unsigned int i = 0; i < source.mNumVertices; ++i)
     {
-    case aiTextureMapMode_Mirror:
-        return Wrap::Mirror;
-    case aiTextureMapMode_Clamp:
-    case aiTextureMapMode_Decal:
-        return Wrap::Clamp;
-    default:
-        return Wrap::Repeat;
+        const float x = given[i].x;
+        const float y = given[i].y;
+        if (isPlain)
+            result.emplace_back(x, y);
+        else
+            result.emplace_back(matrix(0, 0) * x + matrix(0, 1) * y + matrix(0, 2),
+                                matrix(1, 0) * x + matrix(1, 1) * y + matrix(1, 2));
     }
+    return result;
 }
 
-// Which of its meshes' sets of texture coordinates a material's picture wants.
-unsigned int texCoordSet(const aiMaterial& material)
-{
-    int set = 0;
-    if (const std::optional<aiTextureType> slot = baseColorSlot(material))
-        material.Get(AI_MATKEY_UVWSRC(*slot, 0), set);
-    return set >= 0 && set < AI_MAX_NUMBER_OF_TEXTURECOORDS ? static_cast<unsigned int>(set) : 0;
-}
-
-void readBaseColorImage(const aiMaterial& source, Material& material, ImageTable& images)
-{
-    const std::optional<aiTextureType> slot = baseColorSlot(source);
-    aiString path;
-    if (!slot || source.GetTexture(*slot, 0, &path) != aiReturn_SUCCESS || path.length == 0)
-        return;
-    material.baseColorImage = images.indexOf(path);
-    int mode = aiTextureMapMode_Wrap;
-    if (source.Get(AI_MATKEY_MAPPINGMODE_U(*slot, 0), mode) == aiReturn_SUCCESS)
-        material.wrapS = toWrap(aiTextureMapMode(mode));
-    mode = aiTextureMapMode_Wrap;
-    if (source.Get(AI_MATKEY_MAPPINGMODE_V(*slot, 0), mode) == aiReturn_SUCCESS)
-        material.wrapT = toWrap(aiTextureMapMode(mode));
-}
-
-// Holes, blending and sides.
-void readCoverage(const aiMaterial& source, Material& material)
-{
-    source.Get(AI_MATKEY_OPACITY, material.opacity);
-    material.opacity = unitRange(material.opacity);
-    aiString alphaMode;
-    if (source.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == aiReturn_SUCCESS)
-    {
-        material.transparent = alphaMode == aiString("BLEND");
-        if (alphaMode == aiString("MASK"))
-        {
-            material.alphaCutoff = 0.5f;
-            source.Get(AI_MATKEY_GLTF_ALPHACUTOFF, material.alphaCutoff);
-        }
-    }
-    else
-        // A model of which nothing can be seen was not meant so: some formats name transparency the other way around.
-        material.transparent = material.opacity > 0.0f && material.opacity < 1.0f;
-    if (!material.transparent)
-        material.opacity = 1.0f;
-    // Where the file does not say, both sides: the winding of many files is not to be trusted.
-    bool twoSided = true;
-    if (source.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS)
-        material.twoSided = twoSided;
-}
-
-Material toMaterial(const aiMaterial& source, ImageTable& images)
-{
-    Material material;
-    material.name = QString::fromUtf8(source.GetName().C_Str());
-    readBaseColorImage(source, material, images);
-    readCoverage(source, material);
-    if (material.baseColorImage)
-        material.baseColor = {1.0f, 1.0f, 1.0f}; // the picture alone counts where the file names no colour
-    aiColor3D color;
-    if (source.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS) // glTF gives linear factors
-    {
-        material.baseColor = {unitRange(color.r), unitRange(color.g), unitRange(color.b)};
-        material.roughness = 1.0f;
-        material.metallic = 1.0f;
-        source.Get(AI_MATKEY_ROUGHNESS_FACTOR, material.roughness);
-        source.Get(AI_MATKEY_METALLIC_FACTOR, material.metallic);
-    }
-    else if (source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == aiReturn_SUCCESS && !isMadeUp(material.name, color))
-    {
-        // Other formats give what a screen shows.
-        float shininess = 0.0f;
-        material.baseColor = {decodeGamma(color.r), decodeGamma(color.g), decodeGamma(color.b)};
-        if (source.Get(AI_MATKEY_SHININESS, shininess) == aiReturn_SUCCESS && shininess > 0.0f)
-            material.roughness = std::sqrt(2.0f / (shininess + 2.0f)); // the lobe's usual equivalent
-    }
-    material.roughness = unitRange(material.roughness);
-    material.metallic = unitRange(material.metallic);
-    return material;
-}
-
-Mesh toMesh(const aiMesh& source, unsigned int texCoordSet)
+// `texCoords` are those that the mesh's material wants.
+Mesh toMesh(const aiMesh& source, const std::vector<TexCoordSource>& texCoords)
 {
     Mesh mesh;
     mesh.name = QString::fromUtf8(source.mName.C_Str());
@@ -293,17 +219,28 @@ Mesh toMesh(const aiMesh& source, unsigned int texCoordSet)
         mesh.positions.push_back(toVector(source.mVertices[i]));
         mesh.normals.push_back(source.HasNormals() ? unitOrZero(toVector(source.mNormals[i])) : QVector3D());
     }
-    const aiVector3D* const texCoords = source.mTextureCoords[source.HasTextureCoords(texCoordSet) ? texCoordSet : 0];
-    if (texCoords)
-    {
-        mesh.texCoords.reserve(source.mNumVertices);
-        for (unsigned int i = 0; i < source.mNumVertices; ++i)
-            mesh.texCoords.emplace_back(texCoords[i].x, texCoords[i].y);
-    }
+    mesh.texCoords = texCoordsOf(source, texCoords.empty() ? TexCoordSource() : texCoords[0]);
+    if (texCoords.size() > 1)
+        mesh.moreTexCoords = texCoordsOf(source, texCoords[1]);
     for (unsigned int i = 0; i < source.mNumFaces; ++i)
         if (source.mFaces[i].mNumIndices == 3)
             mesh.indices.insert(mesh.indices.end(), source.mFaces[i].mIndices, source.mFaces[i].mIndices + 3);
     return mesh;
+}
+
+// glTF gives the angle from top to bottom, and Assimp up to 5.2 multiplies the angle and not its tangent to get that
+// across.
+float angleAcross(float told, float aspect)
+{
+    if (aiGetVersionMajor() > 5 || (aiGetVersionMajor() == 5 && aiGetVersionMinor() > 2))
+        return told;
+    return 2.0f * std::atan(aspect * std::tan(0.5f * told / aspect));
+}
+
+bool isUsable(const FileLight& light)
+{
+    return std::isfinite(QVector3D::dotProduct(light.color, {1.0f, 1.0f, 1.0f})) && light.innerCone >= 0.0f &&
+           light.outerCone >= light.innerCone;
 }
 
 // Turns the importer's scene into a Model: each mesh that a node uses once, each use an instance.
@@ -312,14 +249,18 @@ class SceneConverter
 public:
     /// `nodeMatrices` holds, by name, matrices to the parent that count in place of the scene's own.
     SceneConverter(const aiScene& scene, const QString& path, const QHash<QString, QMatrix4x4>& nodeMatrices)
-        : _scene(scene), _nodeMatrices(nodeMatrices), _meshOf(scene.mNumMeshes, kNotYet), _images(scene, path)
+        : _scene(scene),
+          _isGltf(isGltf(path)),
+          _nodeMatrices(nodeMatrices),
+          _meshOf(scene.mNumMeshes, kNotYet),
+          _images(scene, path)
     {
     }
 
     Model convert(const QMatrix4x4& worldFromFile)
     {
         for (unsigned int i = 0; i < _scene.mNumMaterials; ++i)
-            _model.materials.push_back(toMaterial(*_scene.mMaterials[i], _images));
+            addMaterial(*_scene.mMaterials[i]);
         if (_model.materials.empty())
             _model.materials.emplace_back();
 
@@ -348,9 +289,15 @@ public:
 
     QString note() const
     {
-        if (_lines == 0 && _points == 0)
-            return {};
-        return QStringLiteral("only triangles are drawn; left out: %1 lines, %2 points").arg(_lines).arg(_points);
+        QStringList notes;
+        if (_lines > 0 || _points > 0)
+            notes << QStringLiteral("only triangles are drawn; left out: %1 lines, %2 points").arg(_lines).arg(_points);
+        if (_misplaced > 0)
+            notes << QStringLiteral("a material's pictures can lie in two ways; wrong places: %1 pictures")
+                         .arg(_misplaced);
+        if (_oddLights > 0)
+            notes << QStringLiteral("lights without usable numbers: %1").arg(_oddLights);
+        return notes.join(QStringLiteral("; "));
     }
 
 private:
@@ -362,6 +309,14 @@ private:
     };
 
     static constexpr std::size_t kNotYet = ~std::size_t(0);
+
+    void addMaterial(const aiMaterial& source)
+    {
+        ReadMaterial read = readMaterial(source, _images);
+        _model.materials.push_back(std::move(read.material));
+        _texCoords.push_back(std::move(read.texCoords));
+        _misplaced += read.misplaced;
+    }
 
     QMatrix4x4 parentFromNode(const aiNode& node) const
     {
@@ -390,7 +345,7 @@ private:
         // The importer of glTF says the place of a camera's node a second time.
         if (from == _model.nodes[std::size_t(parent)].parentFromNode.column(3).toVector3D())
             from = QVector3D();
-        const QVector3D along = toVector(direction);
+        const QVector3D along = direction == aiVector3D() ? QVector3D(0, 0, -1) : toVector(direction);
         QVector3D upwards = toVector(up);
         if (QVector3D::crossProduct(along, upwards).isNull())
             upwards = std::abs(along.y()) > std::abs(along.x()) ? QVector3D(1, 0, 0) : QVector3D(0, 1, 0);
@@ -407,10 +362,13 @@ private:
             FileCamera camera;
             camera.name = QString::fromUtf8(source.mName.C_Str());
             camera.node = addLookingNode(source.mName, source.mPosition, source.mLookAt, source.mUp);
-            if (source.mHorizontalFOV > 0.01f && source.mHorizontalFOV < 3.1f)
-                camera.horizontalFieldOfView = source.mHorizontalFOV;
             if (source.mAspect > 0.01f && source.mAspect < 100.0f)
                 camera.aspect = source.mAspect;
+            else if (_isGltf)
+                camera.aspect = 1.0f; // the importer's angle is then that of a square film
+            const float angle = _isGltf ? angleAcross(source.mHorizontalFOV, camera.aspect) : source.mHorizontalFOV;
+            if (angle > 0.01f && angle < 3.1f)
+                camera.horizontalFieldOfView = angle;
             if (source.mClipPlaneNear > 0.0f && source.mClipPlaneFar > source.mClipPlaneNear)
             {
                 camera.nearClip = source.mClipPlaneNear;
@@ -435,6 +393,15 @@ private:
                 light.kind = FileLight::Kind::Point;
             else if (source.mType == aiLightSource_SPOT)
                 light.kind = FileLight::Kind::Spot;
+            // The importer of glTF passes on that format's halves, where others give the whole angle.
+            const float part = _isGltf ? 1.0f : 0.5f;
+            light.innerCone = part * source.mAngleInnerCone;
+            light.outerCone = part * source.mAngleOuterCone;
+            if (!isUsable(light))
+            {
+                light.kind = FileLight::Kind::Other;
+                ++_oddLights;
+            }
             _model.lights.push_back(light);
         }
     }
@@ -444,17 +411,16 @@ private:
         const aiMesh& source = *_scene.mMeshes[sourceIndex];
         if (!(source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE))
         {
-            (source.mPrimitiveTypes & aiPrimitiveType_LINE ? _lines : _points) += source.mNumFaces;
+            ((source.mPrimitiveTypes & aiPrimitiveType_LINE) ? _lines : _points) += source.mNumFaces;
             return;
         }
         std::size_t& index = _meshOf[sourceIndex];
         if (index == kNotYet)
         {
             index = _model.meshes.size();
-            const unsigned int set = source.mMaterialIndex < _scene.mNumMaterials
-                                         ? texCoordSet(*_scene.mMaterials[source.mMaterialIndex])
-                                         : 0;
-            _model.meshes.push_back(toMesh(source, set));
+            _model.meshes.push_back(toMesh(source, source.mMaterialIndex < _texCoords.size()
+                                                       ? _texCoords[source.mMaterialIndex]
+                                                       : std::vector<TexCoordSource>()));
             if (_model.meshes.back().material >= _model.materials.size())
                 _model.meshes.back().material = 0;
         }
@@ -462,13 +428,17 @@ private:
     }
 
     const aiScene& _scene;
+    const bool _isGltf;
     const QHash<QString, QMatrix4x4> _nodeMatrices;
     QHash<QString, int> _nodeOf;      // by name
     std::vector<std::size_t> _meshOf; // by the importer's mesh index
     ImageTable _images;
+    std::vector<std::vector<TexCoordSource>> _texCoords; // by the importer's material index
     Model _model;
     quint64 _lines = 0;
     quint64 _points = 0;
+    int _misplaced = 0;
+    int _oddLights = 0;
 };
 
 QMatrix4x4 worldFromFile(UpAxis upAxis)
@@ -485,6 +455,9 @@ const aiScene* import(Assimp::Importer& importer, const QString& path, QString& 
     const MemoryLimit limit(kMemoryBase + kMemoryPerByte * quint64(QFileInfo(path).size()));
     importer.SetProgressHandler(new ReadProgress); // the importer owns it
     importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothingDegrees);
+    const QByteArray rewritten = withStrongEmission(path);
+    if (!rewritten.isEmpty())
+        importer.SetIOHandler(new RewrittenFile(path, rewritten)); // the importer owns it
     const aiScene* scene = importer.ReadFile(path.toUtf8().constData(), 0);
     if (scene)
     {

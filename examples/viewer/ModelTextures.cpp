@@ -12,6 +12,8 @@
 #include <VrkGL/TextureManager.h>
 #include <VrkGL/TextureStreamer.h>
 
+#include <QSize>
+
 namespace vrkview
 {
 
@@ -20,18 +22,22 @@ using namespace Harrow::Vrk;
 namespace
 {
 
-TextureFileInfo colorInfo()
+TextureFileInfo infoOf(bool isGammaEncoded)
 {
     TextureFileInfo info;
-    info.srgb = true;
+    info.srgb = isGammaEncoded;
     return info;
 }
 
-int widthOf(Texture* texture)
+QSize sizeOf(Texture* texture)
 {
     const AutoBinder bound(texture);
-    return texture->width(0);
+    return {texture->width(0), texture->height(0)};
 }
+
+/// Those that hold no colours.
+constexpr std::optional<MaterialImage> Material::*kNumberImages[] = {&Material::normalImage, &Material::surfaceImage,
+                                                                     &Material::occlusionImage};
 
 } // namespace
 
@@ -39,66 +45,110 @@ ModelTextures::ModelTextures(TextureManager& manager, Streamers& streamers, cons
     : _manager(manager), _streamers(streamers), _model(model)
 {
     _white.token = manager.tokenForColor(Qt::white);
+    for (auto& loaded : _loaded)
+        loaded.resize(model.images.size());
     ProgressLine progress;
-    _ofImage.reserve(model.images.size());
-    for (const Image& image : model.images)
+    std::size_t done = 0;
+    for (const Material& material : model.materials)
     {
-        progress.show(QStringLiteral("loading images"), float(_ofImage.size()) / float(model.images.size()));
-        const Picture picture = pictureOf(image);
-        _ofImage.push_back(picture.token == INVALID_TOKEN ? _white : picture);
+        progress.show(QStringLiteral("loading images"), float(done++) / float(model.materials.size()));
+        if (material.baseColorImage)
+            load(*material.baseColorImage, Content::Colors);
+        if (material.emissionImage)
+            load(material.emissionImage->image, Content::Colors);
+        for (const auto image : kNumberImages)
+            if (material.*image)
+                load((material.*image)->image, Content::Numbers);
     }
+}
+
+void ModelTextures::load(std::size_t image, Content content)
+{
+    std::optional<Picture>& loaded = _loaded[int(content)][image];
+    if (!loaded)
+        loaded = pictureOf(_model.images[image], content);
 }
 
 PicturedMaterial ModelTextures::picturedMaterial(std::size_t index, const Mesh& mesh) const
 {
     const Material& material = _model.materials[index];
-    const Picture& picture =
-        material.baseColorImage && !mesh.texCoords.empty() ? _ofImage[*material.baseColorImage] : _white;
-    return {&material, picture.token, picture.kind, picture.tileWidth};
+    PicturedMaterial result;
+    result.material = &material;
+    result.baseColor = _white;
+    if (material.baseColorImage && !mesh.texCoords.empty())
+    {
+        const std::optional<Picture>& loaded = _loaded[int(Content::Colors)][*material.baseColorImage];
+        if (loaded && loaded->token != INVALID_TOKEN)
+            result.baseColor = *loaded;
+    }
+    result.normal = mapOf(material.normalImage, mesh, Content::Numbers);
+    result.surface = mapOf(material.surfaceImage, mesh, Content::Numbers);
+    result.occlusion = mapOf(material.occlusionImage, mesh, Content::Numbers);
+    result.emission = mapOf(material.emissionImage, mesh, Content::Colors);
+    return result;
+}
+
+MaterialMap ModelTextures::mapOf(const std::optional<MaterialImage>& use, const Mesh& mesh, Content content) const
+{
+    if (!use || mesh.texCoords.empty())
+        return {};
+    const std::optional<Picture>& loaded = _loaded[int(content)][use->image];
+    if (!loaded || loaded->token == INVALID_TOKEN)
+        return {};
+    return {&*use, *loaded};
 }
 
 QList<TextureToken> ModelTextures::tokens() const
 {
     QList<TextureToken> all{_white.token};
-    for (const Picture& picture : _ofImage)
-        all.append(picture.token);
+    for (const auto& loaded : _loaded)
+        for (const std::optional<Picture>& picture : loaded)
+            if (picture && picture->token != INVALID_TOKEN)
+                all.append(picture->token);
     return all;
 }
 
-ModelTextures::Picture ModelTextures::pictureOf(const Image& image)
+Picture ModelTextures::pictureOf(const Image& image, Content content)
 {
     if (image.streamer)
         return {_manager.tokenForTexture(_streamers.make(*image.streamer))};
     switch (image.kind)
     {
     case ImageKind::Tiles:
-        return tilesOf(image);
+        return tilesOf(image, content);
     case ImageKind::Cube:
     case ImageKind::Layers:
         return {_manager.tokenForTexture(newLayeredTexture(image)), image.kind};
     case ImageKind::Flat:
         break;
     }
-    return {tokenOf(image.path, image.pixels)};
+    return {tokenOf(image.path, image.pixels, content)};
 }
 
-TextureToken ModelTextures::tokenOf(const QString& path, const QImage& pixels)
+TextureToken ModelTextures::tokenOf(const QString& path, const QImage& pixels, Content content)
 {
-    if (pixels.isNull())
+    const TextureFileInfo info = infoOf(content == Content::Colors);
+    if (pixels.isNull() && content == Content::Colors)
     {
-        const TextureToken token = _manager.tokenForImage(path, colorInfo());
+        const TextureToken token = _manager.tokenForImage(path, info);
         // Loads it. Where that fails the manager gives white and tries again each time, so each frame.
         return _manager.findToken(_manager.textureForToken(token));
+    }
+    if (pixels.isNull())
+    {
+        // Not by its path, by which the manager knows the same picture as one of colours.
+        Texture* const texture = LoadTextureFromFile(path, info);
+        return texture ? _manager.tokenForTexture(texture) : INVALID_TOKEN;
     }
     if (pixels.format() == QImage::Format_Grayscale8 || pixels.format() == QImage::Format_RGBA64)
         return _manager.tokenForTexture(newPlainTexture(pixels));
     // OpenGL has the bottom row first.
     const QImage flipped = pixels.convertToFormat(QImage::Format_ARGB32).mirrored();
-    return _manager.tokenForTexture(QImageToTexture(flipped, false, colorInfo()));
+    return _manager.tokenForTexture(QImageToTexture(flipped, false, info));
 }
 
 /// One token for all tiles. The tiles have tokens of their own before that one is first bound.
-ModelTextures::Picture ModelTextures::tilesOf(const Image& image)
+Picture ModelTextures::tilesOf(const Image& image, Content content)
 {
     const TextureToken token = image.parts.empty() ? INVALID_TOKEN : _manager.createUDIMToken();
     if (token == INVALID_TOKEN)
@@ -106,16 +156,19 @@ ModelTextures::Picture ModelTextures::tilesOf(const Image& image)
         remark(image.parts.empty()
                    ? QStringLiteral("'%1' has no tiles").arg(image.path)
                    : QStringLiteral("the tiles of '%1' are white: they want --manager array2d").arg(image.path));
-        return _white;
+        return {INVALID_TOKEN};
     }
     Picture picture{token, ImageKind::Tiles};
     for (const ImagePart& part : image.parts)
     {
-        Texture* const texture = _manager.textureForToken(tokenOf(part.path, part.pixels));
+        const TextureToken partToken = tokenOf(part.path, part.pixels, content);
+        Texture* const texture = partToken == INVALID_TOKEN ? nullptr : _manager.textureForToken(partToken);
         if (!texture)
             continue;
         _manager.addUDIMPatch(token, part.tile, texture);
-        picture.tileWidth = std::max(picture.tileWidth, std::uint32_t(std::max(widthOf(texture), 0)));
+        const QSize size = sizeOf(texture);
+        picture.tileWidth = std::max(picture.tileWidth, std::uint32_t(std::max(size.width(), 0)));
+        picture.tileHeight = std::max(picture.tileHeight, std::uint32_t(std::max(size.height(), 0)));
     }
     return picture;
 }

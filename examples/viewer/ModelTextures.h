@@ -21,38 +21,40 @@ namespace vrkview
 
 class Streamers;
 
-/// Loads all pictures at once, so that the first frame does not wait; shows how far it is on a terminal. A picture that
-/// is not there or cannot be read comes out white, and the log says which; so do tiles, with a remark, where the
-/// manager has none. The textures belong to the manager.
+/// Loads all pictures at once, so that the first frame does not wait; shows how far it is on a terminal. A picture of
+/// colours that is not there or cannot be read comes out white, and the log says which; so do tiles, with a remark,
+/// where the manager has none. Of the other properties it is left out. The textures belong to the manager.
 class ModelTextures
 {
 public:
     /// Pictures that change come from `streamers`.
     ModelTextures(Harrow::Vrk::TextureManager& manager, Streamers& streamers, const Model& model);
 
-    /// With the picture that colours a mesh, or white.
+    /// With the pictures that a mesh shows of it.
     PicturedMaterial picturedMaterial(std::size_t material, const Mesh& mesh) const;
 
     /// All of them.
     QList<Harrow::Vrk::TextureToken> tokens() const;
 
 private:
-    struct Picture
+    /// What the texels of a picture are: colours are gamma encoded in files.
+    enum class Content
     {
-        Harrow::Vrk::TextureToken token;
-        ImageKind kind = ImageKind::Flat;
-        std::uint32_t tileWidth = 0;
+        Colors,
+        Numbers
     };
 
-    Picture pictureOf(const Image& image);
-    Picture tilesOf(const Image& image);
-    Harrow::Vrk::TextureToken tokenOf(const QString& path, const QImage& pixels);
+    void load(std::size_t image, Content content);
+    Picture pictureOf(const Image& image, Content content);
+    Picture tilesOf(const Image& image, Content content);
+    Harrow::Vrk::TextureToken tokenOf(const QString& path, const QImage& pixels, Content content);
+    MaterialMap mapOf(const std::optional<MaterialImage>& use, const Mesh& mesh, Content content) const;
 
     Harrow::Vrk::TextureManager& _manager;
     Streamers& _streamers;
     const Model& _model;
     Picture _white;
-    std::vector<Picture> _ofImage;
+    std::vector<std::optional<Picture>> _loaded[2]; // of each image, by content; with an invalid token what has failed
 };
 
 } // namespace vrkview

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Options.h"
 
+#include "Choices.h"
+#include "CommandLine.h"
 #include "Crowd.h"
 #include "TextureWall.h"
 
 #include <QCommandLineParser>
-#include <QRegularExpression>
-
-#include <cmath>
-#include <iterator>
 
 namespace vrkview
 {
@@ -20,45 +18,6 @@ constexpr int kLargestSide = 1 << 20; // beyond any driver; keeps products of si
 constexpr int kMostSamples = 64;
 constexpr int kMostFrames = 1000000;
 constexpr int kMostLevel = 30;
-constexpr float kMostStops = 24.0f;
-
-template <typename Value> struct Choice
-{
-    const char* word;
-    Value value;
-};
-
-constexpr Choice<DrawIdCarrier> kDrawIdCarriers[] = {
-    {"auto", DrawIdCarrier::Automatic},
-    {"uniform", DrawIdCarrier::Uniform},
-    {"base-instance", DrawIdCarrier::BaseInstance},
-};
-
-constexpr Choice<RecordCarrier> kRecordCarriers[] = {
-    {"ubo", RecordCarrier::UniformBuffer},
-    {"uniform", RecordCarrier::Uniform},
-    {"buffer-texture", RecordCarrier::BufferTexture},
-    {"texture", RecordCarrier::Texture},
-    {"ssbo", RecordCarrier::StorageBuffer},
-};
-
-constexpr Choice<ManagerKind> kManagers[] = {
-    {"sampler", ManagerKind::Sampler},
-    {"array2d", ManagerKind::Array2D},
-    {"array2d-bindless", ManagerKind::Array2DBindless},
-    {"bindless", ManagerKind::Bindless},
-};
-
-constexpr Choice<DebugView> kDebugViews[] = {
-    {"none", DebugView::None},
-    {"slots", DebugView::Slots},
-    {"shadows", DebugView::Shadows},
-};
-
-constexpr Choice<ShadowMapKind> kShadowMapKinds[] = {
-    {"plain", ShadowMapKind::Plain},
-    {"variance", ShadowMapKind::Variance},
-};
 
 constexpr Choice<LightSet> kLightSets[] = {
     {"all", LightSet::All},
@@ -67,191 +26,62 @@ constexpr Choice<LightSet> kLightSets[] = {
     {"point", LightSet::Point},
 };
 
-constexpr Choice<AntiAliasingKind> kAntiAliasingKinds[] = {
-    {"none", AntiAliasingKind::None},
-    {"fxaa", AntiAliasingKind::FXAA},
-    {"smaa", AntiAliasingKind::SMAA},
-};
-
-constexpr Choice<SpecularModel> kSpecularModels[] = {
-    {"blinn-phong", SpecularModel::BlinnPhong},
-    {"ashikhmin-shirley", SpecularModel::AshikhminShirley},
-    {"ggx", SpecularModel::GGX},
-};
-
-constexpr Choice<DiffuseModel> kDiffuseModels[] = {
-    {"lambert", DiffuseModel::Lambert},
-    {"oren-nayar", DiffuseModel::OrenNayar},
-};
-
 constexpr Choice<UpAxis> kUpAxes[] = {
     {"y", UpAxis::Y},
     {"z", UpAxis::Z},
 };
 
-template <typename Value, std::size_t count>
-QString words(const Choice<Value> (&choices)[count], const QString& separator)
+void readLevel(ValueReader& reader, std::optional<int>& value)
 {
-    QStringList list;
-    for (const Choice<Value>& choice : choices)
-        list.append(QLatin1String(choice.word));
-    return list.join(separator);
+    if (!reader.isSet("level"))
+        return;
+    const QString text = reader.text("level");
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    if (text == QLatin1String("all"))
+        value.reset();
+    else if (isNumber && number >= 0 && number <= kMostLevel)
+        value = number;
+    else
+        reader.reject("level", QStringLiteral("a whole number from 0 to %1, or all").arg(kMostLevel));
 }
 
-// Reads values out of a parser; the first value that is wrong leaves its message in `error`.
-class ValueReader
+void readLights(ValueReader& reader, LightSettings& value)
 {
-public:
-    explicit ValueReader(const QCommandLineParser& parser) : _parser(parser) {}
-
-    void read(const char* name, float lowest, float highest, std::optional<float>& value)
+    if (!reader.isSet("lights"))
+        return;
+    bool isNumber = false;
+    const int number = reader.text("lights").toInt(&isNumber);
+    if (isNumber && number >= 1 && number <= kMostLights)
     {
-        bool isNumber = false;
-        const QString text = given(name);
-        if (text.isNull())
-            return;
-        const float number = text.toFloat(&isNumber);
-        if (!isNumber || !std::isfinite(number) || number < lowest || number > highest)
-            reject(name, text, QStringLiteral("a number from %1 to %2").arg(lowest).arg(highest));
-        else
-            value = number;
+        value.set = LightSet::Ring;
+        value.ringCount = number;
     }
-
-    void read(const char* name, int lowest, int highest, int& value)
-    {
-        bool isNumber = false;
-        const QString text = given(name);
-        if (text.isNull())
-            return;
-        const int number = text.toInt(&isNumber);
-        if (!isNumber || number < lowest || number > highest)
-            reject(name, text, QStringLiteral("a whole number from %1 to %2").arg(lowest).arg(highest));
-        else
-            value = number;
-    }
-
-    void read(const char* name, QSize& value)
-    {
-        const QString text = given(name);
-        if (text.isNull())
-            return;
-        static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,7})x([0-9]{1,7})$"));
-        const QRegularExpressionMatch match = pattern.match(text);
-        const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-        if (size.isEmpty() || size.width() > kLargestSide || size.height() > kLargestSide)
-            reject(name, text, QStringLiteral("WIDTHxHEIGHT in pixels, such as 1280x720"));
-        else
-            value = size;
-    }
-
-    template <typename Value, std::size_t count>
-    void read(const char* name, const Choice<Value> (&choices)[count], Value& value)
-    {
-        const QString text = given(name);
-        if (text.isNull())
-            return;
-        for (const Choice<Value>& choice : choices)
-        {
-            if (text == QLatin1String(choice.word))
-            {
-                value = choice.value;
-                return;
-            }
-        }
-        reject(name, text, QStringLiteral("one of ") + words(choices, QStringLiteral(", ")));
-    }
-
-    void readText(const char* name, const char* wanted, QString& value)
-    {
-        const QString text = given(name);
-        if (text.isNull())
-            return;
-        if (text.isEmpty())
-            reject(name, text, QString::fromLatin1(wanted));
-        else
-            value = text;
-    }
-
-    void readLevel(const char* name, std::optional<int>& value)
-    {
-        const QString text = given(name);
-        bool isNumber = false;
-        const int number = text.toInt(&isNumber);
-        if (text == QLatin1String("all"))
-            value.reset();
-        else if (isNumber && number >= 0 && number <= kMostLevel)
-            value = number;
-        else if (!text.isNull())
-            reject(name, text, QStringLiteral("a whole number from 0 to %1, or all").arg(kMostLevel));
-    }
-
-    void readLights(const char* name, LightSettings& value)
-    {
-        const QString text = given(name);
-        bool isNumber = false;
-        const int number = text.toInt(&isNumber);
-        if (isNumber && number >= 1 && number <= kMostLights)
-        {
-            value.set = LightSet::Ring;
-            value.ringCount = number;
-            return;
-        }
-        for (const Choice<LightSet>& choice : kLightSets)
-        {
-            if (text == QLatin1String(choice.word))
-            {
-                value.set = choice.value;
-                return;
-            }
-        }
-        if (!text.isNull())
-            reject(name, text,
-                   QStringLiteral("one of %1, or a whole number from 1 to %2")
-                       .arg(words(kLightSets, QStringLiteral(", ")))
-                       .arg(kMostLights));
-    }
-
-    const QString& error() const
-    {
-        return _error;
-    }
-
-private:
-    // Null if the option is absent; an empty value given on the command line is empty but not null.
-    QString given(const char* name) const
-    {
-        const QString option = QLatin1String(name);
-        if (!_parser.isSet(option))
-            return {};
-        const QString value = _parser.value(option);
-        return value.isNull() ? QStringLiteral("") : value;
-    }
-
-    void reject(const char* name, const QString& text, const QString& wanted)
-    {
-        if (_error.isEmpty())
-            _error = QStringLiteral("--%1 '%2' is not %3").arg(QLatin1String(name), text, wanted);
-    }
-
-    const QCommandLineParser& _parser;
-    QString _error;
-};
+    else if (const std::optional<LightSet> set = chosen(kLightSets, reader.text("lights")))
+        value.set = *set;
+    else
+        reader.reject(
+            "lights",
+            QStringLiteral("one of %1, or a whole number from 1 to %2").arg(words(kLightSets)).arg(kMostLights));
+}
 
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(QStringLiteral(
         "Draws a 3D model (glTF, OBJ, PLY, STL and whatever else Assimp reads) into a picture or a window.\n"
         "Prints the path of the picture. In the window: drag orbits, wheel zooms, right or middle drag pans,\n"
-        "R resets the view, Escape closes."));
+        "H lists the keys, Escape closes."));
     parser.addPositionalArgument(QStringLiteral("model"),
                                  QStringLiteral("The model's file; without it the built-in scene."),
                                  QStringLiteral("[model]"));
 
     QCommandLineOption frames(QStringLiteral("frames"), QString(), QStringLiteral("count"));
     frames.setFlags(QCommandLineOption::HiddenFromHelp);
+    QCommandLineOption press(QStringLiteral("press"), QString(), QStringLiteral("keys"));
+    press.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({
         {{QStringLiteral("o"), QStringLiteral("output")},
-         QStringLiteral("The picture, a PNG; vrkview.png beside the program if not given."),
+         QStringLiteral("The picture, a PNG; vrkview.png in the current folder if not given."),
          QStringLiteral("file")},
         {QStringLiteral("size"), QStringLiteral("The picture's or the window's size, 1280x720 if not given."),
          QStringLiteral("WxH")},
@@ -287,36 +117,37 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("samples"),
          QStringLiteral("Samples per pixel against jagged edges, 1 to %1.").arg(kMostSamples), QStringLiteral("count")},
         {QStringLiteral("aa"),
-         QStringLiteral("What smooths the edges of the finished picture, by default with one sample per pixel: %1.")
-             .arg(words(kAntiAliasingKinds, QStringLiteral(", "))),
+         QStringLiteral(
+             "What smooths the edges of the finished picture, by default with one sample per pixel: %1; smaa for "
+             "the built-in scene.")
+             .arg(words(kAntiAliasingKinds)),
          QStringLiteral("how")},
         {QStringLiteral("draw-id"),
-         QStringLiteral("How a draw's number reaches the shader: %1.")
-             .arg(words(kDrawIdCarriers, QStringLiteral(", "))),
+         QStringLiteral("How a draw's number reaches the shader: %1.").arg(words(kDrawIdCarriers)),
          QStringLiteral("how")},
         {QStringLiteral("carrier"),
-         QStringLiteral("How the records of objects and materials reach the shader: %1.")
-             .arg(words(kRecordCarriers, QStringLiteral(", "))),
+         QStringLiteral("How the records of objects and materials reach the shader: %1.").arg(words(kRecordCarriers)),
          QStringLiteral("how")},
         {QStringLiteral("manager"),
-         QStringLiteral("How textures reach the shader: %1.").arg(words(kManagers, QStringLiteral(", "))),
+         QStringLiteral("How textures reach the shader: %1; array2d for the built-in scene.").arg(words(kManagers)),
          QStringLiteral("how")},
         {QStringLiteral("env"),
          QStringLiteral("Light the scene by a picture of what is around it, by latitude and longitude."),
          QStringLiteral("file")},
         {QStringLiteral("no-env"), QStringLiteral("Draw the built-in scene without its sky.")},
         {QStringLiteral("specular"),
-         QStringLiteral("How surfaces mirror what is around: %1.").arg(words(kSpecularModels, QStringLiteral(", "))),
+         QStringLiteral("How surfaces mirror what is around: %1.").arg(words(kSpecularModels)),
          QStringLiteral("model")},
         {QStringLiteral("diffuse"),
          QStringLiteral("How they scatter it: %1.").arg(words(kDiffuseModels, QStringLiteral(" or "))),
          QStringLiteral("model")},
         {QStringLiteral("shadows"),
-         QStringLiteral("Light the scene with lights that cast shadows, as the built-in scene is.")},
+         QStringLiteral("Light the scene with lights that cast shadows: the model's file's, or where it has none the "
+                        "viewer's own.")},
         {QStringLiteral("no-shadows"), QStringLiteral("Light the scene with one light beside the camera.")},
         {QStringLiteral("lights"),
          QStringLiteral("Which lights cast shadows: %1, or that many spots around, 1 to %2.")
-             .arg(words(kLightSets, QStringLiteral(", ")))
+             .arg(words(kLightSets))
              .arg(kMostLights),
          QStringLiteral("which")},
         {QStringLiteral("csm"),
@@ -325,15 +156,130 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("shadow-maps"),
          QStringLiteral("What shadow maps hold: %1.").arg(words(kShadowMapKinds, QStringLiteral(" or "))),
          QStringLiteral("kind")},
-        {QStringLiteral("debug"),
-         QStringLiteral("What to draw in place of the scene: %1.").arg(words(kDebugViews, QStringLiteral(", "))),
+        {QStringLiteral("debug"), QStringLiteral("What to draw in place of the scene: %1.").arg(words(kDebugViews)),
          QStringLiteral("what")},
         {QStringLiteral("gizmos"), QStringLiteral("Draw a grid, the axes and where the lights stand.")},
         {QStringLiteral("stats"), QStringLiteral("Tell what a frame costs: counts, memory, time for each phase.")},
         frames,
+        press,
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this and end.")},
         {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version and end.")},
     });
+}
+
+void readValues(ValueReader& reader, Options& options)
+{
+    RenderSettings& settings = options.settings;
+    reader.read("output", "a file name", options.outputPath);
+    reader.read("size", kLargestSide, "1280x720", options.size);
+    reader.read("azimuth", -3600.0f, 3600.0f, options.azimuth);
+    reader.read("elevation", -90.0f, 90.0f, options.elevation);
+    reader.read("samples", 1, kMostSamples, options.samples);
+    reader.read("aa", kAntiAliasingKinds, settings.antiAliasing);
+    reader.read("up", kUpAxes, options.upAxis);
+    reader.read("draw-id", kDrawIdCarriers, settings.drawIdCarrier);
+    reader.read("carrier", kRecordCarriers, settings.recordCarrier);
+    reader.read("texture", "a file name", options.texturePath);
+    readLevel(reader, options.textureLevel);
+    reader.read("exposure", -kMostStops, kMostStops, options.exposure);
+    reader.read("manager", kManagers, settings.manager);
+    reader.read("debug", kDebugViews, settings.debugView);
+    reader.read("env", "a file name", settings.environment.path);
+    reader.read("specular", kSpecularModels, settings.environment.specular);
+    reader.read("diffuse", kDiffuseModels, settings.environment.diffuse);
+    reader.read("csm", 1, kMostCascades, settings.lights.cascades);
+    reader.read("shadow-maps", kShadowMapKinds, settings.shadowMaps);
+    readLights(reader, settings.lights);
+    reader.read("textures", 1, kLargestWall, options.textures);
+    reader.read("crowd", 1, kLargestCrowd, options.crowd);
+    reader.read("camera", "a name", options.camera);
+    reader.read("frames", 0, kMostFrames, options.frames);
+    reader.read("press", "a list of keys", options.press);
+
+    options.window = reader.isSet("window");
+    options.builtIn = reader.isSet("builtin");
+    options.noEnvironment = reader.isSet("no-env");
+    options.stats = reader.isSet("stats");
+    options.streamers = reader.isSet("streamers");
+    settings.gizmos = reader.isSet("gizmos");
+}
+
+bool wantsShadows(const Options& options, const ValueReader& reader)
+{
+    return reader.isSet("shadows") || reader.isSet("csm") || reader.isSet("shadow-maps") || reader.isSet("lights") ||
+           options.settings.debugView == DebugView::Shadows;
+}
+
+// What the built-in scene has where nobody asks for something else: its frieze wants a manager with tiles.
+void chooseForBuiltIn(const ValueReader& reader, RenderSettings& settings)
+{
+    if (!reader.isSet("manager"))
+        settings.manager = ManagerKind::Array2D;
+    if (!reader.isSet("aa"))
+        settings.antiAliasing = AntiAliasingKind::SMAA;
+}
+
+// What the options that are given say of others that are not.
+void readConsequences(const ValueReader& reader, bool hasModel, Options& options)
+{
+    if (wantsShadows(options, reader) || reader.isSet("no-shadows"))
+        options.shadows = wantsShadows(options, reader);
+    if (options.settings.antiAliasing != AntiAliasingKind::None && options.samples == 0)
+        options.samples = 1;
+    if (options.textures > 0 && !reader.isSet("manager"))
+        options.settings.manager = ManagerKind::Array2D;
+    options.settings.environment.exposure = options.exposure;
+    const bool isOther = hasModel || options.crowd > 0 || options.textures > 0 || options.streamers;
+    if (!isOther && options.texturePath.isEmpty())
+        chooseForBuiltIn(reader, options.settings);
+}
+
+// Why the options do not go together with each other and with the models that are named, or an empty string.
+QString contradiction(const Options& options, const ValueReader& reader, const QStringList& models)
+{
+    const QString& environment = options.settings.environment.path;
+    const ManagerKind manager = options.settings.manager;
+    const bool hasArrays = manager == ManagerKind::Array2D || manager == ManagerKind::Array2DBindless;
+    const bool hasModel = !models.isEmpty();
+    const bool isWall = options.textures > 0;
+    const bool isCrowd = options.crowd > 0;
+    const bool isTexture = !options.texturePath.isEmpty();
+
+    if (wantsShadows(options, reader) && reader.isSet("no-shadows"))
+        return QStringLiteral("--no-shadows and options of shadows exclude each other");
+    if (models.size() > 1)
+        return QStringLiteral("more than one model is named: '%1' and '%2'").arg(models[0], models[1]);
+    if (hasModel && options.builtIn)
+        return QStringLiteral("--builtin and the model '%1' exclude each other").arg(models[0]);
+    if (options.streamers && (options.builtIn || isCrowd || isWall || hasModel))
+        return QStringLiteral("--streamers and another scene exclude each other");
+    if (isCrowd && (options.builtIn || hasModel))
+        return QStringLiteral("--crowd and another scene exclude each other");
+    if (isTexture && (isWall || isCrowd || options.builtIn || options.streamers || options.window || hasModel))
+        return QStringLiteral("--texture excludes a scene and --window");
+    if (!isTexture && reader.isSet("level"))
+        return QStringLiteral("--level wants --texture");
+    if (isTexture && !environment.isEmpty())
+        return QStringLiteral("--texture and --env exclude each other");
+    if (options.noEnvironment && !environment.isEmpty())
+        return QStringLiteral("--env and --no-env exclude each other");
+    if (options.exposure && hasModel && environment.isEmpty())
+        return QStringLiteral("--exposure wants --env or --texture");
+    if (isWall && (isCrowd || options.builtIn || hasModel))
+        return QStringLiteral("--textures and another scene exclude each other");
+    if (isWall && !hasArrays)
+        return QStringLiteral("--textures wants --manager array2d or array2d-bindless");
+    if (options.settings.debugView == DebugView::Slots && !hasArrays)
+        return QStringLiteral("--debug slots wants --manager array2d or array2d-bindless");
+    if (!options.camera.isEmpty() && !hasModel)
+        return QStringLiteral("--camera needs a model that has cameras");
+    if (options.frames > 0 && !options.window)
+        return QStringLiteral("--frames needs --window");
+    if (!options.press.isEmpty() && !options.window)
+        return QStringLiteral("--press needs --window");
+    if (hasModel && models[0].isEmpty())
+        return QStringLiteral("the model's file name is empty");
+    return {};
 }
 
 ParsedOptions failure(const QString& text)
@@ -355,94 +301,17 @@ ParsedOptions parseOptions(const QStringList& arguments, const QString& version)
         return {ParsedOptions::Outcome::ShowText, {}, QStringLiteral("vrkview %1\n").arg(version)};
 
     ParsedOptions parsed;
-    Options& options = parsed.options;
     ValueReader reader(parser);
-    reader.readText("output", "a file name", options.outputPath);
-    reader.read("size", options.size);
-    reader.read("azimuth", -3600.0f, 3600.0f, options.azimuth);
-    reader.read("elevation", -90.0f, 90.0f, options.elevation);
-    reader.read("samples", 1, kMostSamples, options.samples);
-    reader.read("aa", kAntiAliasingKinds, options.settings.antiAliasing);
-    reader.read("up", kUpAxes, options.upAxis);
-    reader.read("draw-id", kDrawIdCarriers, options.settings.drawIdCarrier);
-    reader.read("carrier", kRecordCarriers, options.settings.recordCarrier);
-    reader.readText("texture", "a file name", options.texturePath);
-    reader.readLevel("level", options.textureLevel);
-    reader.read("exposure", -kMostStops, kMostStops, options.exposure);
-    reader.read("manager", kManagers, options.settings.manager);
-    reader.read("debug", kDebugViews, options.settings.debugView);
-    EnvironmentSettings& environment = options.settings.environment;
-    reader.readText("env", "a file name", environment.path);
-    reader.read("specular", kSpecularModels, environment.specular);
-    reader.read("diffuse", kDiffuseModels, environment.diffuse);
-    reader.read("csm", 1, kMostCascades, options.settings.lights.cascades);
-    reader.read("shadow-maps", kShadowMapKinds, options.settings.shadowMaps);
-    reader.readLights("lights", options.settings.lights);
-    reader.read("textures", 1, kLargestWall, options.textures);
-    reader.read("crowd", 1, kLargestCrowd, options.crowd);
-    reader.readText("camera", "a name", options.camera);
-    reader.read("frames", 0, kMostFrames, options.frames);
+    readValues(reader, parsed.options);
     if (!reader.error().isEmpty())
         return failure(reader.error());
 
-    const bool wantsShadows = parser.isSet(QStringLiteral("shadows")) || parser.isSet(QStringLiteral("csm")) ||
-                              parser.isSet(QStringLiteral("shadow-maps")) || parser.isSet(QStringLiteral("lights")) ||
-                              options.settings.debugView == DebugView::Shadows;
-    if (wantsShadows && parser.isSet(QStringLiteral("no-shadows")))
-        return failure(QStringLiteral("--no-shadows and options of shadows exclude each other"));
-    if (wantsShadows || parser.isSet(QStringLiteral("no-shadows")))
-        options.shadows = wantsShadows;
-
-    if (options.settings.antiAliasing != AntiAliasingKind::None && options.samples == 0)
-        options.samples = 1;
-    options.window = parser.isSet(QStringLiteral("window"));
-    options.builtIn = parser.isSet(QStringLiteral("builtin"));
-    options.noEnvironment = parser.isSet(QStringLiteral("no-env"));
-    options.stats = parser.isSet(QStringLiteral("stats"));
-    options.settings.gizmos = parser.isSet(QStringLiteral("gizmos"));
-    options.streamers = parser.isSet(QStringLiteral("streamers"));
-
-    const QStringList paths = parser.positionalArguments();
-    if (paths.size() > 1)
-        return failure(QStringLiteral("more than one model is named: '%1' and '%2'").arg(paths[0], paths[1]));
-    if (!paths.isEmpty() && options.builtIn)
-        return failure(QStringLiteral("--builtin and the model '%1' exclude each other").arg(paths[0]));
-    if (options.streamers && (options.builtIn || options.crowd > 0 || options.textures > 0 || !paths.isEmpty()))
-        return failure(QStringLiteral("--streamers and another scene exclude each other"));
-    if (options.crowd > 0 && (options.builtIn || !paths.isEmpty()))
-        return failure(QStringLiteral("--crowd and another scene exclude each other"));
-    if (!options.texturePath.isEmpty() && (options.textures > 0 || options.crowd > 0 || options.builtIn ||
-                                           options.streamers || options.window || !paths.isEmpty()))
-        return failure(QStringLiteral("--texture excludes a scene and --window"));
-    if (options.texturePath.isEmpty() && parser.isSet(QStringLiteral("level")))
-        return failure(QStringLiteral("--level wants --texture"));
-    if (!options.texturePath.isEmpty() && !environment.path.isEmpty())
-        return failure(QStringLiteral("--texture and --env exclude each other"));
-    if (options.noEnvironment && !environment.path.isEmpty())
-        return failure(QStringLiteral("--env and --no-env exclude each other"));
-    if (options.exposure && !paths.isEmpty() && environment.path.isEmpty())
-        return failure(QStringLiteral("--exposure wants --env or --texture"));
-    environment.exposure = options.exposure;
-    if (options.textures > 0 && (options.crowd > 0 || options.builtIn || !paths.isEmpty()))
-        return failure(QStringLiteral("--textures and another scene exclude each other"));
-    if (options.textures > 0 && !parser.isSet(QStringLiteral("manager")))
-        options.settings.manager = ManagerKind::Array2D;
-    const bool hasArrays =
-        options.settings.manager == ManagerKind::Array2D || options.settings.manager == ManagerKind::Array2DBindless;
-    if (options.textures > 0 && !hasArrays)
-        return failure(QStringLiteral("--textures wants --manager array2d or array2d-bindless"));
-    if (options.settings.debugView == DebugView::Slots && !hasArrays)
-        return failure(QStringLiteral("--debug slots wants --manager array2d or array2d-bindless"));
-    if (!options.camera.isEmpty() && paths.isEmpty())
-        return failure(QStringLiteral("--camera needs a model that has cameras"));
-    if (options.frames > 0 && !options.window)
-        return failure(QStringLiteral("--frames needs --window"));
-    if (!paths.isEmpty())
-    {
-        options.modelPath = paths[0];
-        if (options.modelPath.isEmpty())
-            return failure(QStringLiteral("the model's file name is empty"));
-    }
+    const QStringList models = parser.positionalArguments();
+    readConsequences(reader, !models.isEmpty(), parsed.options);
+    const QString fault = contradiction(parsed.options, reader, models);
+    if (!fault.isEmpty())
+        return failure(fault);
+    parsed.options.modelPath = models.value(0);
     return parsed;
 }
 

@@ -18,7 +18,7 @@ namespace vrkview
 struct Options
 {
     QString modelPath;            ///< empty: the built-in scene, or another that is made here
-    QString outputPath;           ///< empty: vrkview.png beside the program; with `window`: no picture
+    QString outputPath;           ///< empty: vrkview.png in the current folder; with `window`: no picture
     QSize size{1280, 720};        ///< of the picture in pixels; of the window in device independent pixels
     std::optional<float> azimuth; ///< degrees; not given: what suits the model
     std::optional<float> elevation;
@@ -41,6 +41,10 @@ struct Options
     /// For tests: the window closes by itself after this many frames, 0 is never. With `outputPath` the last frame
     /// is written there. Not listed by --help.
     int frames = 0;
+
+    /// For tests and pictures of the window: keys that are pressed, one after each frame, as in "S, Shift+P". --help
+    /// does not list it.
+    QString press;
 };
 
 struct ParsedOptions

@@ -21,14 +21,6 @@ GLint limit(GLenum name)
     return value;
 }
 
-// The largest picture side that the driver can draw.
-int largestSide()
-{
-    GLint viewport[2] = {0, 0};
-    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
-    return std::min({limit(GL_MAX_RENDERBUFFER_SIZE), viewport[0], viewport[1]});
-}
-
 void forgetErrors()
 {
     for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i)
@@ -116,6 +108,12 @@ void RenderTarget::resolve()
         _antiAliasing->apply(_resolved.framebuffer);
 }
 
+void RenderTarget::bindResolved()
+{
+    glBindFramebuffer(GL_FRAMEBUFFER, _resolved.framebuffer);
+    glViewport(0, 0, _size.width(), _size.height());
+}
+
 QImage RenderTarget::read()
 {
     QImage image(_size, QImage::Format_RGBX8888);
@@ -127,13 +125,20 @@ QImage RenderTarget::read()
     return image.mirrored(); // OpenGL's first row is the lowest
 }
 
-void RenderTarget::show(GLuint framebuffer)
+void RenderTarget::show(GLuint framebuffer, const QSize& size)
 {
     Layer window;
     window.framebuffer = framebuffer;
-    window.size = _size;
-    copy(_resolved, window, GL_NEAREST);
+    window.size = size;
+    copy(_resolved, window, size == _size ? GL_NEAREST : GL_LINEAR);
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+}
+
+int RenderTarget::largestSide()
+{
+    GLint viewport[2] = {0, 0};
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
+    return std::min({limit(GL_MAX_RENDERBUFFER_SIZE), viewport[0], viewport[1]});
 }
 
 bool RenderTarget::createLayer(Layer& layer, const QSize& size, int samples, bool withDepth)

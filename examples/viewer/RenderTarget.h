@@ -44,11 +44,18 @@ public:
     /// Averages the samples down, and smooths what comes of it. Between the last draw and `read` or `show`.
     void resolve();
 
+    /// Directs drawing onto the resolved picture, for what is to be smoothed no more.
+    void bindResolved();
+
     /// The resolved picture, top row first, opaque.
     QImage read();
 
-    /// Copies the resolved picture into `framebuffer`, the window's, and leaves that bound for drawing.
-    void show(GLuint framebuffer);
+    /// Copies the resolved picture into all of `framebuffer`, the window's, which has `size` pixels; another size than
+    /// the picture's scales it. Leaves that framebuffer bound.
+    void show(GLuint framebuffer, const QSize& size);
+
+    /// The largest side that a picture can have.
+    static int largestSide();
 
 private:
     struct Layer

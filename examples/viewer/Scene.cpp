@@ -11,11 +11,15 @@
 #include <VrkGL/GLFunctions.h>
 #include <VrkGL/InstanceDataCollection.h>
 #include <VrkGL/OpenGLDeviceContext.h>
+#include <VrkGL/SamplerTextureManager.h>
 #include <VrkGL/TextureManager.h>
 #include <VrkGL/VertexArrayObject.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <limits>
+#include <set>
 
 namespace vrkview
 {
@@ -34,6 +38,7 @@ constexpr quint64 kFrontCCW = 1 << 2;
 constexpr quint64 kFrontCW = 1 << 3;
 constexpr quint64 kFrontMask = kFrontCCW | kFrontCW;
 constexpr quint64 kOneUVSet = quint64(1) << 55;
+constexpr quint64 kTwoUVSets = quint64(2) << 55;
 constexpr quint64 kTwoSided = quint64(1) << 60;
 constexpr quint64 kByDistance = quint64(1) << 62;
 
@@ -85,10 +90,20 @@ GPUModel::BoundingBox boxOf(const Mesh& mesh, float scale)
             bounds.maximum.x(), bounds.maximum.y(), bounds.maximum.z()};
 }
 
+/// How many textures the draws of one list can have between them.
+std::size_t texturesOfOneList(const TextureManager& manager)
+{
+    if (dynamic_cast<const SamplerTextureManager*>(&manager))
+        return std::size_t(std::max(manager.getMaxSlots(), 1));
+    return std::numeric_limits<std::size_t>::max();
+}
+
 quint64 flagsOf(const Mesh& mesh, const Material& material)
 {
     return (material.transparent ? kTransparent : kOpaque) | (material.twoSided ? kTwoSided : 0) |
-           (mesh.texCoords.empty() ? 0 : kOneUVSet);
+           (mesh.texCoords.empty()       ? 0
+            : mesh.moreTexCoords.empty() ? kOneUVSet
+                                         : kTwoUVSets);
 }
 
 } // namespace
@@ -168,6 +183,9 @@ Scene::MeshOnGpu Scene::upload(const Mesh& mesh) const
     if (!mesh.texCoords.empty())
         result.vertexArray->upload(QStringLiteral("va_TexCoord"), newBuffer(GL_ARRAY_BUFFER, mesh.texCoords), 2,
                                    GL_FLOAT);
+    if (!mesh.moreTexCoords.empty())
+        result.vertexArray->upload(QStringLiteral("va_MoreTexCoord"), newBuffer(GL_ARRAY_BUFFER, mesh.moreTexCoords), 2,
+                                   GL_FLOAT);
     result.indices = newBuffer(GL_ELEMENT_ARRAY_BUFFER, mesh.indices);
     result.indexCount = int(mesh.indices.size());
     return result;
@@ -205,23 +223,37 @@ void Scene::addDrawables(const Model& model, const ModelTextures& textures, cons
     _gpuModel.loadBoundingBoxes(boxes.data(), int(boxes.size()));
 }
 
-/// As many as it takes. All instances are of one mesh.
+/// As many as it takes: a list has room for so many records, and for so many textures. All instances are of one mesh.
 void Scene::addDrawables(const Model& model, const std::vector<const Instance*>& instances, const MeshOnGpu& onGpu,
                          const ModelTextures& textures, quint64 flags, const ScenePlans& plans)
 {
-    if (instances.empty())
-        return;
-    const Mesh& mesh = model.meshes[instances.front()->mesh];
-    for (std::size_t first = 0; first < instances.size(); first += plans.capacity())
+    const std::size_t mostTextures = texturesOfOneList(_manager);
+    std::vector<const Instance*> some;
+    std::vector<PicturedMaterial> materials;
+    std::set<quint64> tokens;
+    const auto flush = [&]
     {
-        const std::size_t count = std::min(plans.capacity(), instances.size() - first);
-        const std::vector<const Instance*> some(instances.begin() + long(first),
-                                                instances.begin() + long(first + count));
-        std::vector<PicturedMaterial> materials;
-        for (const Instance* const instance : some)
-            materials.push_back(textures.picturedMaterial(instance->material.value_or(mesh.material), mesh));
-        addDrawable(model, some, onGpu, flags, plans.newMaterials(materials), plans.newObjects(count));
+        if (!some.empty())
+            addDrawable(model, some, onGpu, flags, plans.newMaterials(materials), plans.newObjects(some.size()));
+        some.clear();
+        materials.clear();
+        tokens.clear();
+    };
+    for (const Instance* const instance : instances)
+    {
+        const Mesh& mesh = model.meshes[instance->mesh];
+        const PicturedMaterial material = textures.picturedMaterial(instance->material.value_or(mesh.material), mesh);
+        std::set<quint64> together = tokens;
+        for (const TextureToken& token : material.tokens())
+            together.insert(token.token);
+        if (some.size() == plans.capacity() || together.size() > mostTextures)
+            flush();
+        for (const TextureToken& token : material.tokens())
+            tokens.insert(token.token);
+        some.push_back(instance);
+        materials.push_back(material);
     }
+    flush();
 }
 
 void Scene::addDrawable(const Model& model, const std::vector<const Instance*>& instances, const MeshOnGpu& onGpu,
@@ -295,7 +327,7 @@ void Scene::addLights(const Model& model)
     {
         Light light;
         const float color[] = {source.color.x(), source.color.y(), source.color.z()};
-        std::copy_n(reinterpret_cast<const quint32*>(color), 3, light.payload);
+        std::memcpy(light.payload, color, sizeof(color));
         light.payload[3] = quint32(source.node < 0 ? 0 : _firstNode + source.node);
         light.bits = quint64(source.kind) << 61;
         _gpuModel.addLight(light, source.name);

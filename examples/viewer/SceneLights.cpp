@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SceneLights.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -79,9 +80,76 @@ std::vector<SceneLight> makeRing(const Bounds& bounds, int count)
     return lights;
 }
 
+// What lights of a file do together in the middle.
+constexpr float kFileLight = 1.2f;
+// A light inside of the model counts as if it stood so far from the middle, in the radius of the bounds.
+constexpr float kNearest = 0.25f;
+// A shadow map has no room for wider cones.
+constexpr float kWidestCutoff = 1.4f;
+
+QMatrix4x4 modelFromNode(const Model& model, int node)
+{
+    QMatrix4x4 matrix;
+    for (; node >= 0; node = model.nodes[std::size_t(node)].parent)
+        matrix = model.nodes[std::size_t(node)].parentFromNode * matrix;
+    return matrix;
+}
+
+bool isUsable(const SceneLight& light)
+{
+    const float sum = QVector3D::dotProduct(light.color, {1, 1, 1}) + QVector3D::dotProduct(light.place, {1, 1, 1});
+    return std::isfinite(sum) && !light.along.isNull() && light.wholeCone >= light.fullCone && light.fullCone >= 0.0f;
+}
+
+float luminance(const QVector3D& color)
+{
+    return QVector3D::dotProduct(color, {0.2126f, 0.7152f, 0.0722f});
+}
+
+SceneLight fromFile(const FileLight& source, const QMatrix4x4& sceneFromNode, const Bounds& bounds)
+{
+    constexpr SceneLight::Kind kKinds[] = {SceneLight::Kind::Sun, SceneLight::Kind::Point, SceneLight::Kind::Spot};
+    SceneLight light;
+    light.ofFile = true;
+    light.kind = kKinds[int(source.kind)];
+    light.along = sceneFromNode.mapVector({0, 0, -1}).normalized();
+    light.place = light.kind == SceneLight::Kind::Sun ? bounds.center() : sceneFromNode.map(QVector3D());
+    light.color = source.color;
+    light.fullCone = source.innerCone;
+    light.wholeCone = source.outerCone;
+    light.cutoff = std::min(light.wholeCone, kWidestCutoff);
+    if (light.kind != SceneLight::Kind::Sun)
+        light.reach = std::max((light.place - bounds.center()).length(), kNearest * bounds.radius());
+    return light;
+}
+
 } // namespace
 
-std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& bounds)
+std::vector<SceneLight> fileLights(const Model& model, const QMatrix4x4& sceneFromModel, const Bounds& bounds)
+{
+    std::vector<SceneLight> lights;
+    const float unit = sceneFromModel.mapVector({1, 0, 0}).length(); // of the model, in those of the scene
+    float sum = 0.0f;
+    for (const FileLight& source : model.lights)
+    {
+        if (source.kind == FileLight::Kind::Other || int(lights.size()) == kMostLights)
+            continue;
+        SceneLight light = fromFile(source, sceneFromModel * modelFromNode(model, source.node), bounds);
+        if (light.kind != SceneLight::Kind::Sun)
+            light.color *= unit * unit / (light.reach * light.reach);
+        if (!isUsable(light))
+            continue;
+        sum += luminance(light.color);
+        lights.push_back(light);
+    }
+    if (sum > 0.0f)
+        for (SceneLight& light : lights)
+            light.color *= kFileLight / sum;
+    return lights;
+}
+
+std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& bounds,
+                                   const std::vector<SceneLight>& ofFile)
 {
     switch (settings.set)
     {
@@ -95,6 +163,14 @@ std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& 
         return makeRing(bounds, settings.ringCount);
     case LightSet::All:
         break;
+    }
+    if (!ofFile.empty())
+    {
+        std::vector<SceneLight> lights = ofFile;
+        for (SceneLight& light : lights)
+            if (light.kind == SceneLight::Kind::Sun)
+                light.cascades = settings.cascades;
+        return lights;
     }
     return {makeSun(bounds, settings.cascades), makeSpot(bounds), makePoint(bounds)};
 }

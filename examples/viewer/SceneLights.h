@@ -5,6 +5,7 @@
 
 #include "Model.h"
 
+#include <QMatrix4x4>
 #include <QVector3D>
 
 #include <vector>
@@ -32,12 +33,18 @@ struct SceneLight
     float cutoff = 0.0f;                ///< half the angle of a spot's cone, in radians
     float reach = 1.0f;                 ///< the distance at which `color` arrives; nearer is brighter, farther darker
     int cascades = 0;                   ///< of a sun: parts of what the camera sees, each with a map of its own
+
+    /// Of a model's file: it fades with the square of the distance however near it is, a spot's cone from `fullCone` to
+    /// `wholeCone`, and highlights are those that surfaces have in an environment.
+    bool ofFile = false;
+    float fullCone = 0.0f;
+    float wholeCone = 0.0f;
 };
 
 /// Which of them shine.
 enum class LightSet
 {
-    All, ///< a sun, a spot and a point
+    All, ///< those of the model's file; where it has none a sun, a spot and a point
     Sun,
     Spot,
     Point,
@@ -51,7 +58,13 @@ struct LightSettings
     int cascades = 4;
 };
 
-/// Around `bounds`, which must not be empty.
-std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& bounds);
+/// Around `bounds`, which must not be empty. `ofFile` are those of the model's file, in the same space.
+std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& bounds,
+                                   const std::vector<SceneLight>& ofFile = {});
+
+/// The lights of a model's file in the scene's space, as many as there is room for. Files count brightness in many
+/// units, so all of them together are brought to what the other lights have in the middle of `bounds`, which is in the
+/// scene's space too: what counts is their ratio.
+std::vector<SceneLight> fileLights(const Model& model, const QMatrix4x4& sceneFromModel, const Bounds& bounds);
 
 } // namespace vrkview

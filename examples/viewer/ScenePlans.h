@@ -21,13 +21,34 @@ class InstanceDataPlan;
 namespace vrkview
 {
 
-/// A material with the picture that its token stands for.
+/// A picture as the shader reaches it.
+struct Picture
+{
+    Harrow::Vrk::TextureToken token;
+    ImageKind kind = ImageKind::Flat;
+    std::uint32_t tileWidth = 0; ///< of tiles, in texels
+    std::uint32_t tileHeight = 0;
+};
+
+/// A picture of a property, if the property has one.
+struct MaterialMap
+{
+    const MaterialImage* use = nullptr;
+    Picture picture;
+};
+
+/// A material with its pictures.
 struct PicturedMaterial
 {
     const Material* material = nullptr;
-    Harrow::Vrk::TextureToken token;
-    ImageKind kind = ImageKind::Flat;
-    std::uint32_t tileWidth = 0; ///< in texels, of tiles
+    Picture baseColor;
+    MaterialMap normal;
+    MaterialMap surface;
+    MaterialMap occlusion;
+    MaterialMap emission;
+
+    /// Of all its pictures; a token may come more than once.
+    std::vector<Harrow::Vrk::TextureToken> tokens() const;
 };
 
 /// Registers both plans, and takes all plans away at its end; collections must be gone by then. Wants the context
@@ -57,6 +78,7 @@ public:
 private:
     Harrow::Vrk::InstanceDataPlan* newPlan(const char* name, RecordCarrier carrier, std::size_t records) const;
     Harrow::Vrk::InstanceDataCollection* newRecords(Harrow::Vrk::InstanceDataPlan* plan, std::size_t count) const;
+    void fillMaterial(Harrow::Vrk::InstanceDataCollection& records, int index, const PicturedMaterial& pictured) const;
 
     // The registry owns them.
     Harrow::Vrk::InstanceDataPlan* _objects = nullptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SceneRenderer.h"
 
+#include "Choices.h"
 #include "Environment.h"
 #include "Gizmos.h"
 #include "ModelTextures.h"
@@ -15,6 +16,7 @@
 #include <VrkGL/BufferObject.h>
 #include <VrkGL/DrawBuffers.h>
 #include <VrkGL/GLFunctions.h>
+#include <VrkGL/InstanceDataPlan.h>
 #include <VrkGL/OpenGLDeviceContext.h>
 #include <VrkGL/SamplerTextureManager.h>
 #include <VrkGL/ShaderProgram.h>
@@ -49,13 +51,14 @@ struct LightRecord
     float place[4];
     float along[4];
     float color[4];
+    float more[4];
 };
 struct LightBlock
 {
     float ambient[4];
     LightRecord lights[kMostLights];
 };
-static_assert(sizeof(LightBlock) == 16 + 48 * kMostLights, "std140 packs the block without gaps");
+static_assert(sizeof(LightBlock) == 16 + 64 * kMostLights, "std140 packs the block without gaps");
 
 // What is left of the light of sky and ground where lights of the scene shine.
 constexpr float kAmbient = 0.45f;
@@ -91,6 +94,10 @@ LightRecord recordOf(const SceneLight& light)
     store(light.place, record.place, float(light.kind));
     store(light.along, record.along, std::cos(light.cutoff));
     store(light.color, record.color, light.reach * light.reach);
+    // From nothing to all of it between the two cosines.
+    const float narrowest = 1.0e-4f;
+    const float slope = 1.0f / std::max(std::cos(light.fullCone) - std::cos(light.wholeCone), narrowest);
+    store({light.ofFile ? 1.0f : 0.0f, slope, -std::cos(light.wholeCone) * slope}, record.more);
     return record;
 }
 
@@ -124,18 +131,40 @@ SceneRenderer::~SceneRenderer()
     destroy();
 }
 
+bool SceneRenderer::isSupported(const RenderSettings& settings, QString& error)
+{
+    const bool wantsArrayHandles = settings.manager == ManagerKind::Array2DBindless;
+    if (settings.drawIdCarrier == DrawIdCarrier::BaseInstance && !DrawBuffers::isBaseInstanceDrawingSupported())
+        error = QStringLiteral("this driver can't carry the draw's number in the base instance");
+    else if (settings.recordCarrier == RecordCarrier::StorageBuffer && !InstanceDataPlan::supportsStorageMechanism())
+        error = QStringLiteral("this driver has no storage blocks");
+    else if ((wantsArrayHandles && !Array2DTextureManager::isBindlessSupported()) ||
+             (settings.manager == ManagerKind::Bindless && !BindlessTextureManager::isSupported()))
+        error = QStringLiteral("this driver has no bindless textures");
+    else
+        return true;
+    return false;
+}
+
 bool SceneRenderer::create(const Model& model, const RenderSettings& settings, QString& error)
 {
+    return isSupported(settings, error) && build(model, settings, error);
+}
+
+/// An environment that is there already stays.
+bool SceneRenderer::build(const Model& model, const RenderSettings& settings, QString& error)
+{
+    _settings = settings;
+    chooseDrawIdCarrier(settings.drawIdCarrier);
     _plans = std::make_unique<ScenePlans>();
-    if (!chooseDrawIdCarrier(settings.drawIdCarrier, error) ||
-        !_plans->create(settings.recordCarrier, Scene::wantedRecords(model), error))
+    if (!_plans->create(settings.recordCarrier, Scene::wantedRecords(model), error))
         return false;
 
     // Defines reach a shader when it is added, so they come first.
+    _macroProcessor = GLSLMacroProcessor();
     _macroProcessor.addIncludePath(QStringLiteral(":/vrkview"));
     DrawBuffers::setup(&_macroProcessor);
-    if (!createTextureManager(settings.manager, error))
-        return false;
+    createTextureManager(settings.manager);
     _textures->setup(&_macroProcessor);
     if (settings.shadows)
     {
@@ -145,8 +174,7 @@ bool SceneRenderer::create(const Model& model, const RenderSettings& settings, Q
     if (!settings.environment.path.isEmpty())
     {
         _macroProcessor.addDefine(QStringLiteral("VRKVIEW_ENVIRONMENT"), QStringLiteral("1"));
-        _environment = std::make_unique<Environment>();
-        if (!_environment->create(settings.environment, error))
+        if (!createEnvironment(settings.environment, error))
             return false;
     }
     if (!buildPrograms(settings, error))
@@ -156,21 +184,35 @@ bool SceneRenderer::create(const Model& model, const RenderSettings& settings, Q
     frameBuffer->setTarget(GL_UNIFORM_BUFFER);
     _frame = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Frame"), frameBuffer);
     const ModelTextures textures(*_textures, _streamers, model);
-    if (settings.manager == ManagerKind::Array2D || settings.manager == ManagerKind::Array2DBindless)
+    if (usesArrays(settings.manager))
         _textures->bind(textures.tokens()); // places for all before the first draw, or the slots grow with each list
     _scene = std::make_unique<Scene>(model, textures, *_textures, *_plans, _byBaseInstance);
-    const Bounds bounds = boundsIn(_scene->worldFromScene().inverted(), model);
-    std::vector<SceneLight> lights;
+    _bounds = boundsIn(_scene->worldFromScene().inverted(), model);
     if (settings.shadows)
     {
-        lights = makeLights(settings.lights, bounds);
-        if (!createLights(lights, bounds, settings.shadowMaps, error))
+        _sceneLights =
+            makeLights(settings.lights, _bounds, fileLights(model, _scene->worldFromScene().inverted(), _bounds));
+        if (!createLights(_sceneLights, _bounds, settings.shadowMaps, error))
             return false;
     }
-    if (!settings.gizmos)
+    return !settings.gizmos || createGizmos(error);
+}
+
+bool SceneRenderer::createEnvironment(const EnvironmentSettings& settings, QString& error)
+{
+    if (_environment)
+    {
+        _environment->expose(settings);
         return true;
+    }
+    _environment = std::make_unique<Environment>();
+    return _environment->create(settings, error);
+}
+
+bool SceneRenderer::createGizmos(QString& error)
+{
     _gizmos = std::make_unique<Gizmos>();
-    return _gizmos->create(bounds, lights, _macroProcessor, error);
+    return _gizmos->create(_bounds, _sceneLights, _macroProcessor, error);
 }
 
 void SceneRenderer::destroy()
@@ -186,6 +228,8 @@ void SceneRenderer::destroy()
     _textures.reset();
     _streamers = {};
     _frame.reset();
+    _sceneLights.clear();
+    _stats = FrameStats();
     _debugProgram.reset();
     _depthProgram.reset();
     _sceneProgram.reset();
@@ -193,15 +237,8 @@ void SceneRenderer::destroy()
 }
 
 /// A manager of our own, and not the one that the library would make on demand: its textures go with this context.
-bool SceneRenderer::createTextureManager(ManagerKind kind, QString& error)
+void SceneRenderer::createTextureManager(ManagerKind kind)
 {
-    const bool wantsArrayHandles = kind == ManagerKind::Array2DBindless;
-    if ((wantsArrayHandles && !Array2DTextureManager::isBindlessSupported()) ||
-        (kind == ManagerKind::Bindless && !BindlessTextureManager::isSupported()))
-    {
-        error = QStringLiteral("this driver has no bindless textures");
-        return false;
-    }
     if (kind == ManagerKind::Sampler)
         _textures = std::make_shared<SamplerTextureManager>();
     else if (kind == ManagerKind::Bindless)
@@ -211,25 +248,17 @@ bool SceneRenderer::createTextureManager(ManagerKind kind, QString& error)
         const auto arrays = std::make_shared<Array2DTextureManager>();
         arrays->setMaxSlots(kArraySlots);
         arrays->setUseExplicitlyArrayAccessInGLSL(true); // pixels of one draw may want several slots
-        if (wantsArrayHandles)
+        if (kind == ManagerKind::Array2DBindless)
             arrays->setBindMode(Array2DTextureManager::BindBindless);
         _textures = arrays;
     }
     TextureManager::setInstance(_textures.get());
-    return true;
 }
 
-bool SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error)
+void SceneRenderer::chooseDrawIdCarrier(DrawIdCarrier wanted)
 {
-    const bool supported = DrawBuffers::isBaseInstanceDrawingSupported();
-    if (wanted == DrawIdCarrier::BaseInstance && !supported)
-    {
-        error = QStringLiteral("this driver can't carry the draw's number in the base instance");
-        return false;
-    }
     _byBaseInstance = wanted == DrawIdCarrier::BaseInstance;
     DrawBuffers::useBaseInstanceDrawing(_byBaseInstance);
-    return true;
 }
 
 SceneRenderer::Program SceneRenderer::newProgram(const QString& vertexName, const QString& fragmentName)
@@ -272,6 +301,7 @@ bool SceneRenderer::buildPrograms(const RenderSettings& settings, QString& error
 bool SceneRenderer::buildDebugProgram(DebugView debugView, QString& error)
 {
     _debugView = debugView;
+    _debugProgram.reset();
     if (debugView == DebugView::None)
         return true;
     const bool isSlots = debugView == DebugView::Slots;
@@ -310,13 +340,28 @@ View SceneRenderer::viewOf(const OrbitCamera& camera, float aspect) const
 
 std::optional<View> SceneRenderer::fileCamera(const QString& name, float aspect) const
 {
-    const GPUModel& model = _scene->gpuModel();
+    const int index = fileCameraIndex(name);
+    return index < 0 ? std::nullopt : std::optional<View>(fileCameraView(index, aspect));
+}
+
+int SceneRenderer::fileCameraIndex(const QString& name) const
+{
+    const int named = _scene->gpuModel().getCameraIndex(name);
+    if (named >= 0)
+        return named;
     bool isNumber = false;
-    int index = model.getCameraIndex(name);
-    if (index < 0)
-        index = name.toInt(&isNumber);
-    if (index < 0 || index >= model.getCameraCount() || (!isNumber && model.getCameraIndex(name) < 0))
-        return std::nullopt;
+    const int index = name.toInt(&isNumber);
+    return isNumber && index >= 0 && index < fileCameraCount() ? index : -1;
+}
+
+int SceneRenderer::fileCameraCount() const
+{
+    return _scene->gpuModel().getCameraCount();
+}
+
+View SceneRenderer::fileCameraView(int index, float aspect) const
+{
+    const GPUModel& model = _scene->gpuModel();
     return View{model.getCameraWorldSpaceMatrix(index), model.getCameraProjectionMatrix(index, aspect)};
 }
 
@@ -337,6 +382,7 @@ void SceneRenderer::draw(const View& view)
 {
     QElapsedTimer timer;
     timer.start();
+    countDraws(); // what others have drawn since the last frame is not ours
     _scene->update();
     _stats.update = milliseconds(timer);
     if (_shadows)

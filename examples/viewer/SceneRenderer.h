@@ -16,6 +16,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace Harrow::Vrk
 {
@@ -49,14 +50,37 @@ public:
     SceneRenderer(const SceneRenderer&) = delete;
     SceneRenderer& operator=(const SceneRenderer&) = delete;
 
+    /// Whether the driver has the roads that `settings` ask for. On false `error` says in one line what it lacks.
+    static bool isSupported(const RenderSettings& settings, QString& error);
+
     /// Builds the programs and uploads `model`, which need not outlive the call. On false `error` says why in one line;
     /// the library has then logged what the shader compiler said.
     bool create(const Model& model, const RenderSettings& settings, QString& error);
     void destroy();
 
+    /// Draws by other settings from now on. `model` is that of `create`. Builds anew what they touch and no more; where
+    /// that is the scene, what moves by itself begins anew too. On false `error` says why in one line, and the settings
+    /// are the former ones; if those fail now too, nothing is held, and `isCreated` is false.
+    bool change(const Model& model, const RenderSettings& settings, QString& error);
+
+    bool isCreated() const
+    {
+        return _scene != nullptr;
+    }
+
+    const RenderSettings& settings() const
+    {
+        return _settings;
+    }
+
     /// The view of one of the file's cameras, or empty if the file has none of that name. A number names the camera
     /// with that index.
     std::optional<View> fileCamera(const QString& name, float aspect) const;
+
+    /// The number of that camera, from 0, or -1.
+    int fileCameraIndex(const QString& name) const;
+    int fileCameraCount() const;
+    View fileCameraView(int index, float aspect) const;
     View viewOf(const OrbitCamera& camera, float aspect) const;
 
     /// Moves what moves by itself to where it is at this time.
@@ -74,12 +98,18 @@ public:
 private:
     using Program = std::unique_ptr<Harrow::Vrk::ShaderProgram>;
 
-    bool chooseDrawIdCarrier(DrawIdCarrier wanted, QString& error);
-    bool createTextureManager(ManagerKind kind, QString& error);
+    bool build(const Model& model, const RenderSettings& settings, QString& error);
+    bool rebuild(const Model& model, const RenderSettings& settings, std::unique_ptr<Environment> environment,
+                 QString& error);
+    bool changeInPlace(const RenderSettings& settings, QString& error);
+    void chooseDrawIdCarrier(DrawIdCarrier wanted);
+    void createTextureManager(ManagerKind kind);
     Program newProgram(const QString& vertexName, const QString& fragmentName);
     Program newSceneProgram(const QString& fragmentName);
     bool buildPrograms(const RenderSettings& settings, QString& error);
     bool buildDebugProgram(DebugView debugView, QString& error);
+    bool createEnvironment(const EnvironmentSettings& settings, QString& error);
+    bool createGizmos(QString& error);
     bool createLights(const std::vector<SceneLight>& lights, const Bounds& bounds, ShadowMapKind kind, QString& error);
     void uploadLights(const std::vector<SceneLight>& lights);
     void updateFrame(const QMatrix4x4& clipFromScene, const QMatrix4x4& viewFromScene);
@@ -107,6 +137,9 @@ private:
     std::unique_ptr<ShadowMaps> _shadows;
     std::unique_ptr<Environment> _environment; // null without one
     std::unique_ptr<Gizmos> _gizmos;           // null without them
+    RenderSettings _settings;
+    Bounds _bounds;                       // of all that there ever is in the scene's space
+    std::vector<SceneLight> _sceneLights; // none without shadows
     float _shadowRadius = 0.0f;
     bool _byBaseInstance = false;
     FrameStats _stats;

@@ -89,6 +89,36 @@ std::vector<float> roundedAxis(float half, float edgeRadius, int edgeSteps)
     return lines;
 }
 
+float largestRadius(const Profile& profile)
+{
+    float largest = 0.0f;
+    for (const ProfilePoint& point : profile)
+        largest = std::max(largest, point.radius);
+    return largest;
+}
+
+// How long the outline is up to each of its points.
+std::vector<float> lengthsAlong(const Profile& profile)
+{
+    std::vector<float> lengths{0.0f};
+    for (std::size_t i = 1; i < profile.size(); ++i)
+        lengths.push_back(lengths.back() + std::hypot(profile[i].radius - profile[i - 1].radius,
+                                                      profile[i].height - profile[i - 1].height));
+    return lengths;
+}
+
+// Whether a point belongs to a level face: it and a neighbour look straight up, or down, from the same height.
+bool isLevel(const Profile& profile, std::size_t index)
+{
+    const auto isAlike = [&](std::size_t other)
+    {
+        return profile[other].normalOut == 0.0f && profile[other].height == profile[index].height &&
+               profile[other].normalUp * profile[index].normalUp > 0.0f;
+    };
+    return profile[index].normalOut == 0.0f &&
+           ((index > 0 && isAlike(index - 1)) || (index + 1 < profile.size() && isAlike(index + 1)));
+}
+
 QVector3D trefoil(float scale, float t)
 {
     const float ring = (2.0f + std::cos(3.0f * t)) * scale;
@@ -112,9 +142,12 @@ Profile sharpProfile(const std::vector<QVector2D>& corners)
 Mesh revolve(const Profile& profile, int steps, float startDegrees, float sweepDegrees, bool capped)
 {
     Mesh mesh;
+    const float largest = largestRadius(profile);
+    const std::vector<float> lengths = lengthsAlong(profile);
     for (std::size_t row = 0; row < profile.size(); ++row)
     {
         const ProfilePoint& point = profile[row];
+        const bool level = isLevel(profile, row);
         for (int step = 0; step <= steps; ++step)
         {
             const float turn = float(step) / float(steps);
@@ -123,7 +156,8 @@ Mesh revolve(const Profile& profile, int steps, float startDegrees, float sweepD
             const QVector3D out = radial(startDegrees * kPi / 180.0f + angle);
             mesh.positions.push_back(point.radius * out + QVector3D(0.0f, point.height, 0.0f));
             mesh.normals.push_back((point.normalOut * out + QVector3D(0.0f, point.normalUp, 0.0f)).normalized());
-            mesh.texCoords.emplace_back(turn, float(row) / float(profile.size() - 1));
+            mesh.texCoords.push_back(level ? point.radius * QVector2D(out.x(), -out.z())
+                                           : QVector2D(turn * sweepDegrees * kPi / 180.0f * largest, lengths[row]));
         }
     }
     addGrid(mesh, 0, int(profile.size()), steps + 1);
@@ -230,21 +264,14 @@ Mesh makeTrefoilKnot(float scale, float tubeRadius, int steps, int tubeSteps)
     return mesh;
 }
 
-void projectTexCoords(Mesh& mesh, float repeats)
+void repeatTexCoords(Mesh& mesh, float repeats)
 {
-    mesh.texCoords.clear();
-    for (std::size_t i = 0; i < mesh.positions.size(); ++i)
-    {
-        const QVector3D& place = mesh.positions[i];
-        const QVector3D facing(std::abs(mesh.normals[i].x()), std::abs(mesh.normals[i].y()),
-                               std::abs(mesh.normals[i].z()));
-        QVector2D texCoord(place.x(), place.y());
-        if (facing.y() >= facing.x() && facing.y() >= facing.z())
-            texCoord = {place.x(), -place.z()};
-        else if (facing.x() >= facing.z())
-            texCoord = {-place.z(), place.y()};
-        mesh.texCoords.push_back(repeats * texCoord);
-    }
+    float around = 0.0f;
+    for (const QVector2D& texCoord : mesh.texCoords)
+        around = std::max(around, texCoord.x());
+    const float whole = std::max(1.0f, std::round(around * repeats));
+    for (QVector2D& texCoord : mesh.texCoords)
+        texCoord *= QVector2D(around > 0.0f ? whole / around : repeats, repeats);
 }
 
 } // namespace vrkview

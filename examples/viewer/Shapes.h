@@ -28,6 +28,8 @@ Profile sharpProfile(const std::vector<QVector2D>& corners);
 
 /// Turns `profile` around +y from `startDegrees` through `sweepDegrees` in `steps` steps; angle 0 is +x, and grows
 /// towards -z. A sweep below 360 of an outline that is a closed convex loop gets two end faces if `capped`.
+/// Texture coordinates are lengths: around, at the largest radius, and along the outline; on level faces and on end
+/// faces those of the plane.
 Mesh revolve(const Profile& profile, int steps, float startDegrees = 0.0f, float sweepDegrees = 360.0f,
              bool capped = false);
 
@@ -44,7 +46,8 @@ Mesh makeRoundedBox(const QVector3D& halfSize, float edgeRadius, int edgeSteps);
 /// own mirror image.
 Mesh makeTrefoilKnot(float scale, float tubeRadius, int steps, int tubeSteps);
 
-/// Gives a mesh texture coordinates: along the two axes that a surface faces least, `repeats` to a unit.
-void projectTexCoords(Mesh& mesh, float repeats);
+/// Scales texture coordinates that are lengths so that a picture shows `repeats` times in a unit; along x it is a whole
+/// number of times in all, so that what goes around meets itself.
+void repeatTexCoords(Mesh& mesh, float repeats);
 
 } // namespace vrkview

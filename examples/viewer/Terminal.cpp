@@ -39,8 +39,8 @@ void tellAbort(int)
     _write(_fileno(stderr), programName, unsigned(std::strlen(programName)));
     _write(_fileno(stderr), kText, sizeof(kText) - 1);
 #else
-    [[maybe_unused]] ssize_t written = write(STDERR_FILENO, programName, std::strlen(programName));
-    written = write(STDERR_FILENO, kText, sizeof(kText) - 1);
+    [[maybe_unused]] const ssize_t written[] = {write(STDERR_FILENO, programName, std::strlen(programName)),
+                                                write(STDERR_FILENO, kText, sizeof(kText) - 1)};
 #endif
     std::_Exit(EXIT_FAILURE);
 }

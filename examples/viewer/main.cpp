@@ -13,6 +13,7 @@
 #include "RenderTarget.h"
 #include "SceneRenderer.h"
 #include "ScreenWall.h"
+#include "Switches.h"
 #include "Terminal.h"
 #include "TextureSheet.h"
 #include "TextureWall.h"
@@ -27,11 +28,13 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImageReader>
+#include <QKeySequence>
 #include <QLoggingCategory>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace vrkview
 {
@@ -49,9 +52,6 @@ constexpr int kImageMegabytes = 1024;
 // Frames that are drawn for --stats: the first warms up and is not counted.
 constexpr int kFramesOfStats = 20;
 constexpr double kSecondsPerFrame = 1.0 / 60.0;
-
-// The environment of the built-in scene.
-constexpr char kSky[] = ":/vrkview/sky.hdr";
 
 struct Angles
 {
@@ -74,7 +74,7 @@ void chooseModel(Options& options)
         options.modelPath.isEmpty() && options.crowd == 0 && options.textures == 0 && !options.streamers;
     options.settings.shadows = options.shadows.value_or(isBuiltIn);
     if (isBuiltIn && options.settings.environment.path.isEmpty() && !options.noEnvironment)
-        options.settings.environment.path = QLatin1String(kSky);
+        options.settings.environment.path = QLatin1String(kBuiltInSky);
     if (isBuiltIn)
         view = kBuiltInView;
     options.azimuth = options.azimuth.value_or(view.azimuth);
@@ -119,8 +119,7 @@ QString picturePath(const Options& options)
 {
     if (!options.outputPath.isEmpty())
         return QFileInfo(options.outputPath).absoluteFilePath();
-    return options.window ? QString()
-                          : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("vrkview.png"));
+    return options.window ? QString() : QDir::current().absoluteFilePath(QStringLiteral("vrkview.png"));
 }
 
 OrbitCamera cameraOf(const Options& options)
@@ -130,13 +129,12 @@ OrbitCamera cameraOf(const Options& options)
     return camera;
 }
 
-void summarise(const Model& model, const QString& driver)
+QString summaryOf(const Model& model)
 {
-    remark(QStringLiteral("%1: %2 meshes, %3 triangles, drawn by %4")
-               .arg(model.name)
-               .arg(model.meshes.size())
-               .arg(model.triangleCount())
-               .arg(driver));
+    return QStringLiteral("%1: %2 meshes, %3 triangles")
+        .arg(model.name)
+        .arg(model.meshes.size())
+        .arg(model.triangleCount());
 }
 
 bool savePicture(const QImage& image, const QString& path, QString& error)
@@ -247,7 +245,7 @@ int runHeadless(const Options& options, const Model& model, const QString& path)
     QString error;
     if (!context.create(error) || !drawPicture(options, model, picture, driver, error))
         return fail(QStringLiteral("cannot draw: %1").arg(error));
-    summarise(model, driver);
+    remark(QStringLiteral("%1, drawn by %2").arg(summaryOf(model), driver));
     return savePicture(picture, path, error) ? EXIT_SUCCESS : fail(error);
 }
 
@@ -272,7 +270,20 @@ QString platformFault()
     return QStringLiteral("cannot open a window on this system");
 }
 
-int runWindow(const Options& options, const Model& model, const QString& path, char* programName)
+// "S, Shift+P" as keys.
+bool readKeys(const QString& text, QList<QKeyCombination>& keys)
+{
+    for (const QString& name : text.split(QLatin1Char(','), Qt::SkipEmptyParts))
+    {
+        const QKeySequence sequence(name.trimmed());
+        if (sequence.isEmpty() || sequence[0].key() == Qt::Key_unknown)
+            return false;
+        keys.append(sequence[0]);
+    }
+    return true;
+}
+
+int runWindow(const Options& options, Model model, const QString& path, char* programName)
 {
     QString error = displayFault();
     if (!error.isEmpty())
@@ -285,14 +296,19 @@ int runWindow(const Options& options, const Model& model, const QString& path, c
     QGuiApplication application(argumentCount, arguments);
     quiet.reset();
 
+    QList<QKeyCombination> presses;
+    if (!readKeys(options.press, presses))
+        return fail(QStringLiteral("--press '%1' is no list of keys").arg(options.press));
     Window window;
-    window.setTitle(QStringLiteral("%1 - vrkview").arg(model.name));
+    window.setTitle(QStringLiteral("%1 - vrkview (H: keys)").arg(model.name));
     window.resize(options.size);
     window.setFrameLimit(options.frames);
+    window.setPresses(presses);
+    const QString summary = summaryOf(model);
     const int samples = options.samples > 0 ? options.samples : kWindowSamples;
-    if (!window.create(model, cameraOf(options), samples, options.settings, options.camera, error))
+    if (!window.create(std::move(model), cameraOf(options), samples, options.settings, options.camera, error))
         return fail(QStringLiteral("cannot draw: %1").arg(error));
-    summarise(model, window.driver());
+    remark(QStringLiteral("%1, drawn by %2").arg(summary, window.driver()));
     window.show();
     QGuiApplication::exec();
     tellStats(options, window.stats());
@@ -332,7 +348,7 @@ int run(int argc, char** argv)
     QString error;
     if (!loadModel(parsed.options, model, error))
         return fail(error);
-    return parsed.options.window ? runWindow(parsed.options, model, path, argv[0])
+    return parsed.options.window ? runWindow(parsed.options, std::move(model), path, argv[0])
                                  : runHeadless(parsed.options, model, path);
 }
 

@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <set>
+#include <vector>
 
 using namespace vrkview;
 
@@ -89,4 +92,84 @@ TEST(BuiltInSceneTest, ColorsReflectNoMoreLightThanTheyGet)
             EXPECT_LE(material.baseColor[channel], 1.0f) << material.name.toStdString();
         }
     }
+}
+
+namespace
+{
+
+/// Of all edges of triangles: how far their ends lie apart in the picture, for each unit of length.
+std::vector<float> stretches(const Mesh& mesh)
+{
+    std::vector<float> all;
+    for (std::size_t i = 0; i < mesh.indices.size(); i += 3)
+    {
+        const std::uint32_t* const corners = &mesh.indices[i];
+        const QVector3D& first = mesh.positions[corners[0]];
+        const QVector3D doubleArea =
+            QVector3D::crossProduct(mesh.positions[corners[1]] - first, mesh.positions[corners[2]] - first);
+        if (doubleArea.length() < 1.0e-6f)
+            continue; // of a strip between two edges at one place, which nobody sees
+        for (std::size_t corner = 0; corner < 3; ++corner)
+        {
+            const std::uint32_t from = corners[corner];
+            const std::uint32_t to = corners[(corner + 1) % 3];
+            all.push_back((mesh.texCoords[to] - mesh.texCoords[from]).length() /
+                          (mesh.positions[to] - mesh.positions[from]).length());
+        }
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+} // namespace
+
+// Where a texture coordinate jumps from one vertex to the next, the whole picture shows between them as a stripe.
+TEST(BuiltInSceneTest, PicturesRunOverSurfacesWithoutAJump)
+{
+    for (const Mesh& mesh : scene().meshes)
+    {
+        if (!scene().materials[mesh.material].baseColorImage)
+            continue;
+        const std::vector<float> all = stretches(mesh);
+        ASSERT_FALSE(all.empty());
+        EXPECT_LT(all.back(), 8.0f * all[all.size() / 2]) << mesh.name.toStdString();
+    }
+}
+
+TEST(BuiltInSceneTest, HasTilesScreensMetalsAndPlastics)
+{
+    std::set<StreamerKind> streamers;
+    std::size_t tiles = 0;
+    for (const Image& image : scene().images)
+    {
+        if (image.streamer)
+            streamers.insert(*image.streamer);
+        if (image.kind == ImageKind::Tiles)
+            tiles += image.parts.size();
+    }
+    EXPECT_EQ(streamers.size(), 4u);
+    EXPECT_EQ(tiles, 10u);
+    const auto isMetal = [](const Material& material) { return material.metallic == 1.0f; };
+    const std::vector<Material>& materials = scene().materials;
+    EXPECT_GE(std::count_if(materials.begin(), materials.end(), isMetal), 4);
+    EXPECT_GE(std::count_if(materials.begin(), materials.end(), std::not_fn(isMetal)), 8);
+}
+
+// Texture coordinates of the frieze say which of its pictures is seen: each of them is, once around.
+TEST(BuiltInSceneTest, EachTileIsSeenSomewhere)
+{
+    const auto isFrieze = [](const Mesh& mesh) { return mesh.name == QLatin1String("frieze"); };
+    const auto frieze = std::find_if(scene().meshes.begin(), scene().meshes.end(), isFrieze);
+    ASSERT_NE(frieze, scene().meshes.end());
+    std::set<int> tiles;
+    for (std::size_t i = 0; i < frieze->indices.size(); i += 3)
+    {
+        QVector2D middle;
+        for (std::size_t corner = 0; corner < 3; ++corner)
+            middle += frieze->texCoords[frieze->indices[i + corner]] / 3.0f;
+        EXPECT_GT(middle.y(), 0.0f);
+        EXPECT_LT(middle.y(), 1.0f);
+        tiles.insert(int(std::floor(middle.x())));
+    }
+    EXPECT_EQ(tiles, (std::set<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
 }

@@ -176,6 +176,23 @@ TEST(ModelReaderTest, NodesOfGltf1AreTurnedBeforeTheyAreMoved)
     expectNear(model.bounds.maximum, {5.0f, 1.0f, 1.0f});
 }
 
+TEST(ModelReaderTest, TheAngleOfAGltfCameraIsThatFromTopToBottom)
+{
+    const QByteArray square = withCamera(gltfFile(boxSoup({0, 0, 0}, {1, 1, 1}), {QMatrix4x4()}, {1, 1, 1}, 1.0f),
+                                         "front", {0.0f, 0.0f, 5.0f});
+    QByteArray wide = square;
+    wide.replace("\"aspectRatio\":1", "\"aspectRatio\":2");
+    QByteArray without = square;
+    without.replace("\"aspectRatio\":1,", "");
+    for (const auto& [file, aspect] : {std::pair{square, 1.0f}, std::pair{wide, 2.0f}, std::pair{without, 1.0f}})
+    {
+        const Model model = readBack("a.gltf", file);
+        ASSERT_EQ(model.cameras.size(), 1u);
+        EXPECT_FLOAT_EQ(model.cameras[0].aspect, aspect);
+        EXPECT_NEAR(model.cameras[0].horizontalFieldOfView, 2.0f * std::atan(aspect * std::tan(0.4f)), 1e-5f);
+    }
+}
+
 TEST(ModelReaderTest, UpAxisZTurnsTheModelUpright)
 {
     const Model model = readBack("a.obj", "v 0 0 0\nv 1 0 0\nv 0 2 7\nf 1 2 3\n", UpAxis::Z);

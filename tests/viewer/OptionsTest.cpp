@@ -128,7 +128,7 @@ TEST(OptionsTest, AnEnvironmentAndItsModelsAreTaken)
 
 TEST(OptionsTest, SmoothingComesWithOneSampleUnlessToldOtherwise)
 {
-    EXPECT_EQ(parse({}).options.settings.antiAliasing, AntiAliasingKind::None);
+    EXPECT_EQ(parse({"a.obj"}).options.settings.antiAliasing, AntiAliasingKind::None);
     EXPECT_EQ(parse({"--aa", "fxaa"}).options.settings.antiAliasing, AntiAliasingKind::FXAA);
     EXPECT_EQ(parse({"--aa", "fxaa"}).options.samples, 1);
     EXPECT_EQ(parse({"--aa", "none"}).options.samples, 0);
@@ -154,11 +154,31 @@ TEST(OptionsTest, EveryCarrierWordHasItsValue)
 
 TEST(OptionsTest, EveryManagerWordHasItsValue)
 {
-    EXPECT_EQ(parse({}).options.settings.manager, ManagerKind::Sampler);
+    EXPECT_EQ(parse({"a.obj"}).options.settings.manager, ManagerKind::Sampler);
     EXPECT_EQ(parse({"--manager", "sampler"}).options.settings.manager, ManagerKind::Sampler);
     EXPECT_EQ(parse({"--manager", "array2d"}).options.settings.manager, ManagerKind::Array2D);
     EXPECT_EQ(parse({"--manager", "array2d-bindless"}).options.settings.manager, ManagerKind::Array2DBindless);
     EXPECT_EQ(parse({"--manager", "bindless"}).options.settings.manager, ManagerKind::Bindless);
+}
+
+TEST(OptionsTest, TheBuiltInSceneTakesAManagerOfTilesAndSmoothEdgesUnlessTold)
+{
+    for (const QStringList& arguments : {QStringList{}, QStringList{"--builtin"}, QStringList{"--window"}})
+    {
+        const Options options = parse(arguments).options;
+        EXPECT_EQ(options.settings.manager, ManagerKind::Array2D);
+        EXPECT_EQ(options.settings.antiAliasing, AntiAliasingKind::SMAA);
+        EXPECT_EQ(options.samples, 0) << "as many as it has anyway";
+    }
+    const Options told = parse({"--manager", "sampler", "--aa", "none"}).options;
+    EXPECT_EQ(told.settings.manager, ManagerKind::Sampler);
+    EXPECT_EQ(told.settings.antiAliasing, AntiAliasingKind::None);
+    for (const QStringList& other : {QStringList{"--crowd", "3"}, QStringList{"--streamers"}, QStringList{"a.obj"}})
+    {
+        const Options options = parse(other).options;
+        EXPECT_EQ(options.settings.manager, ManagerKind::Sampler);
+        EXPECT_EQ(options.settings.antiAliasing, AntiAliasingKind::None);
+    }
 }
 
 TEST(OptionsTest, AWallOfTexturesTakesTheManagerOfArraysUnlessTold)
@@ -183,7 +203,7 @@ TEST(OptionsTest, TheSlotsOfArraysCanBeShown)
     EXPECT_EQ(parse({"--debug", "none"}).options.settings.debugView, DebugView::None);
     EXPECT_EQ(parse({"--debug", "slots", "--manager", "array2d"}).options.settings.debugView, DebugView::Slots);
     EXPECT_EQ(parse({"--debug", "slots", "--textures", "9"}).options.settings.debugView, DebugView::Slots);
-    expectError({"--debug", "slots"}, QStringLiteral("wants --manager array2d"));
+    expectError({"a.obj", "--debug", "slots"}, QStringLiteral("wants --manager array2d"));
     expectError({"--debug", "all"}, QStringLiteral("one of none, slots"));
 }
 
@@ -243,6 +263,7 @@ TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
                                "--specular", "--diffuse", "--lights",   "--csm",     "--shadow-maps"})
         EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
+    EXPECT_FALSE(parsed.text.contains(QStringLiteral("--press")));
 }
 
 TEST(OptionsTest, SizesThatAreNoSizeAreRejected)
@@ -280,6 +301,9 @@ TEST(OptionsTest, WhatDoesNotFitTogetherIsRejected)
     expectError({"a.obj", "b.obj"}, QStringLiteral("more than one model"));
     expectError({"a.obj", "--builtin"}, QStringLiteral("exclude each other"));
     expectError({"--frames", "3"}, QStringLiteral("--window"));
+    expectError({"--press", "S"}, QStringLiteral("--press needs --window"));
+    expectError({"--window", "--press", ""}, QStringLiteral("a list of keys"));
+    EXPECT_EQ(parse({"--window", "--press", "S, H"}).options.press, QStringLiteral("S, H"));
     expectError({"a.obj", "--crowd", "5"}, QStringLiteral("exclude each other"));
     expectError({"--builtin", "--crowd", "5"}, QStringLiteral("exclude each other"));
     expectError({"--camera", "front"}, QStringLiteral("needs a model"));

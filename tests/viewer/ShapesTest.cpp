@@ -181,3 +181,50 @@ TEST(ShapesTest, SharpProfileTurnsItsNormalsOutwards)
     expectClosed(mesh);
     EXPECT_NEAR(volume(mesh), 2.0 * kPi, 0.01);
 }
+
+// ---- texture coordinates --------------------------------------------------------------------------------------------
+
+TEST(ShapesTest, PicturesLieOnACylinderAsOnPaper)
+{
+    const Mesh mesh = revolve(sharpProfile({{2.0f, 1.0f}, {2.0f, 4.0f}}), 8);
+    const float around = 2.0f * 3.14159265f * 2.0f;
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i)
+    {
+        EXPECT_NEAR(mesh.texCoords[i].x(), around * float(i % 9) / 8.0f, 1.0e-4f);
+        EXPECT_NEAR(mesh.texCoords[i].y(), mesh.positions[i].y() - 1.0f, 1.0e-5f);
+    }
+}
+
+TEST(ShapesTest, PicturesLieOnLevelFacesAsSeenFromAbove)
+{
+    const Mesh mesh = revolve(sharpProfile({{0.0f, 0.0f}, {3.0f, 0.0f}, {3.0f, 1.0f}, {0.0f, 1.0f}}), 16);
+    int level = 0;
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i)
+    {
+        if (std::abs(mesh.normals[i].y()) < 0.5f)
+            continue;
+        ++level;
+        EXPECT_FLOAT_EQ(mesh.texCoords[i].x(), mesh.positions[i].x());
+        EXPECT_FLOAT_EQ(mesh.texCoords[i].y(), -mesh.positions[i].z());
+    }
+    EXPECT_EQ(level, 4 * 17);
+}
+
+// A rounded edge passes through the direction of level faces, but is none.
+TEST(ShapesTest, PicturesGoOnOverRoundEdges)
+{
+    const Mesh mesh = revolve({{2.0f, 0.0f, 1.0f, 0.0f}, {1.5f, 0.5f, 0.0f, 1.0f}, {1.0f, 0.0f, -1.0f, 0.0f}}, 8);
+    for (std::size_t i = 9; i < 18; ++i)
+        EXPECT_NEAR(mesh.texCoords[i].y(), std::hypot(0.5f, 0.5f), 1.0e-5f);
+}
+
+TEST(ShapesTest, RepeatsAroundAreWhole)
+{
+    Mesh mesh = revolve(sharpProfile({{1.0f, 0.0f}, {1.0f, 3.0f}}), 8);
+    repeatTexCoords(mesh, 0.5f);
+    EXPECT_FLOAT_EQ(mesh.texCoords[8].x(), 3.0f) << "of 2 pi units, each of which has half a picture";
+    EXPECT_FLOAT_EQ(mesh.texCoords.back().y(), 1.5f);
+    Mesh small = revolve(sharpProfile({{0.1f, 0.0f}, {0.1f, 3.0f}}), 8);
+    repeatTexCoords(small, 0.5f);
+    EXPECT_FLOAT_EQ(small.texCoords[8].x(), 1.0f) << "not none at all";
+}

@@ -8,6 +8,7 @@
 #include "DrawId.glslh"
 #instancedata "Material"
 #include "Picture.glslh"
+#include "Maps.glslh"
 #ifdef VRKVIEW_ENVIRONMENT
 #include "Environment.glslh"
 #endif
@@ -19,6 +20,7 @@
 in vec3 vo_Position;
 in vec3 vo_Normal;
 in vec2 vo_TexCoord;
+in vec2 vo_MoreTexCoord;
 
 out vec4 o_Color;
 
@@ -34,14 +36,16 @@ vec3 skyAndGround(vec3 direction)
 }
 
 // The unit normal on the eye's side of the surface. The triangle's own plane decides which side that is, so neither the
-// winding of its corners nor a mirroring matrix matters; it also stands in where a model has no usable normal.
-vec3 facingNormal(vec3 toEye)
+// winding of its corners nor a mirroring matrix matters; it also stands in where a model has no usable normal. `side`
+// is -1 where the model's own normal points away.
+vec3 facingNormal(vec3 toEye, out float side)
 {
     vec3 plane = cross(dFdx(vo_Position), dFdy(vo_Position));
     plane /= max(max(abs(plane.x), abs(plane.y)), abs(plane.z));    // or its square is lost in very small scenes
     plane *= dot(plane, toEye) < 0.0 ? -1.0 : 1.0;
     vec3 normal = dot(vo_Normal, vo_Normal) > 0.0 ? vo_Normal : plane;
-    return normalize(dot(normal, plane) < 0.0 ? -normal : normal);
+    side = dot(normal, plane) < 0.0 ? -1.0 : 1.0;
+    return normalize(side * normal);
 }
 
 // What the light of all directions does: of what it lights, and of what it mirrors.
@@ -49,6 +53,7 @@ struct Lit
 {
     vec3 diffuse;
     vec3 specular;
+    vec3 glossy;    // mirrored already
 };
 
 struct Reflection
@@ -57,6 +62,8 @@ struct Reflection
     vec3 toEye;
     vec3 mirrored;      // the share of light that is mirrored
     float sharpness;    // of a highlight
+    vec3 reflectance;   // at a right angle
+    float roughness;
 };
 
 void addLight(inout Lit lit, Reflection surface, vec3 color, vec3 toLight)
@@ -70,6 +77,27 @@ void addLight(inout Lit lit, Reflection surface, vec3 color, vec3 toLight)
 }
 
 #ifdef VRKVIEW_SHADOWS
+
+// A light of the model's file: microfacets as the environment's table has them, with the share that they mirror away
+// missing in what is scattered.
+void addFileLight(inout Lit lit, Reflection surface, vec3 color, vec3 toLight)
+{
+    float towards = max(dot(surface.normal, toLight), 0.0);
+    float towardsEye = max(dot(surface.normal, surface.toEye), 1.0e-4);
+    vec3 between = normalize(toLight + surface.toEye);
+    float along = max(dot(surface.normal, between), 0.0);
+    float width = surface.roughness * surface.roughness;
+    width *= width;
+    float spread = along * along * (width - 1.0) + 1.0;
+    float distribution = width / (spread * spread);    // times pi, by which the light is divided
+    float visibility = 0.5 / max(towards * sqrt(towardsEye * towardsEye * (1.0 - width) + width) +
+                                     towardsEye * sqrt(towards * towards * (1.0 - width) + width),
+                                 1.0e-6);
+    float grazing = pow(1.0 - max(dot(surface.toEye, between), 0.0), 5.0);
+    vec3 mirrored = surface.reflectance + (1.0 - surface.reflectance) * grazing;
+    lit.diffuse += color * (towards * (0.96 - 0.96 * grazing));
+    lit.glossy += color * mirrored * (towards * distribution * visibility);
+}
 
 // Places around, on rings: the first few, and then the others.
 const int kOuterTaps = 4;
@@ -100,7 +128,13 @@ void addLights(inout Lit lit, Reflection surface)
         vec3 toLight;
         vec3 color = lightAt(u_LightList[i], vo_Position, toLight);
         if (dot(surface.normal, toLight) > 0.0 && max(color.r, max(color.g, color.b)) > 0.0)
-            addLight(lit, surface, color * visibilityOf(i, surface.normal, toLight, u_Eye.w), toLight);
+        {
+            color *= visibilityOf(i, surface.normal, toLight, u_Eye.w);
+            if (u_LightList[i].more.x > 0.0)
+                addFileLight(lit, surface, color, toLight);
+            else
+                addLight(lit, surface, color, toLight);
+        }
     }
 }
 
@@ -114,10 +148,23 @@ void main()
         discard;
     vec4 color = getBaseColor() * picture;
     vec3 baseColor = color.rgb;
+    vec4 detail = getDetail();    // how much normals and occlusion count, 1 where no light does
+    if (detail.z > 0.0)
+    {
+        o_Color = vec4(gammaCorrect(baseColor, 2.2).rgb, mix(1.0, color.a, material.w));
+        return;
+    }
+    uvec4 maps = getMaps();
+    vec4 texels[kMapCount];
+    lookUpMaps(maps, vo_TexCoord, vo_MoreTexCoord, texels);
     vec3 toEye = normalize(u_Eye.xyz - vo_Position);
-    vec3 normal = facingNormal(toEye);
-    float roughness = max(material.x, 0.08);
-    float metallic = material.y;
+    float side;
+    vec3 normal = facingNormal(toEye, side);
+    if (hasMap(maps[kNormalMap]))
+        normal = leaning(normal, side, vo_Position, placeOf(maps[kNormalMap], vo_TexCoord, vo_MoreTexCoord),
+                         texels[kNormalMap].rgb, detail.x);
+    float roughness = max(material.x * texels[kSurfaceMap].g, 0.08);
+    float metallic = material.y * texels[kSurfaceMap].b;
 
     float towardsEye = max(dot(normal, toEye), 0.0);
     float grazing = pow(1.0 - towardsEye, 4.0);
@@ -125,29 +172,33 @@ void main()
     Reflection surface;
     surface.normal = normal;
     surface.toEye = toEye;
-    surface.mirrored = mix(vec3(0.04), baseColor, metallic);
+    surface.reflectance = mix(vec3(0.04), baseColor, metallic);
+    surface.mirrored = surface.reflectance;
     surface.mirrored += (max(vec3(1.0 - roughness), surface.mirrored) - surface.mirrored) * grazing;
+    surface.roughness = roughness;
     surface.sharpness = 2.0 / (roughness * roughness * roughness * roughness);
 
     // What is around: an environment, or sky and ground with a rim. Then lights, whose highlights have a size that
     // follows the roughness.
 #ifdef VRKVIEW_ENVIRONMENT
-    vec3 reflectance = mix(vec3(0.04), baseColor, metallic);
     vec3 around = baseColor * (1.0 - metallic) * environmentDiffuse(normal) +
-                  environmentSpecular(reflect(-toEye, normal), towardsEye, roughness, reflectance);
+                  environmentSpecular(reflect(-toEye, normal), towardsEye, roughness, surface.reflectance);
 #else
     vec3 around = baseColor * (1.0 - metallic) * skyAndGround(normal) +
                   surface.mirrored * skyAndGround(reflect(-toEye, normal)) +
                   kRim * grazing * (0.5 * normal.y + 0.5);
 #endif
-    Lit lit = Lit(vec3(0.0), vec3(0.0));
+    Lit lit = Lit(vec3(0.0), vec3(0.0), vec3(0.0));
 #ifdef VRKVIEW_SHADOWS
     around *= u_Ambient.rgb;
     addLights(lit, surface);
 #elif !defined(VRKVIEW_ENVIRONMENT)
     addLight(lit, surface, kKey, u_ToKey.xyz);
 #endif
-    vec3 light = around + baseColor * (1.0 - metallic) * lit.diffuse + surface.mirrored * lit.specular;
+    around *= mix(1.0, texels[kOcclusionMap].r, detail.y);
+    vec3 emission = getEmission().rgb * texels[kEmissionMap].rgb;
+    vec3 light = emission + around + baseColor * (1.0 - metallic) * lit.diffuse + surface.mirrored * lit.specular +
+                 lit.glossy;
 
     o_Color = vec4(displayed(light).rgb, mix(1.0, color.a, material.w));
 }

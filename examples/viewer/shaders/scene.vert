@@ -8,10 +8,12 @@
 in vec3 va_Vertex;
 in vec3 va_Normal;
 in vec2 va_TexCoord;
+in vec2 va_MoreTexCoord;
 
 out vec3 vo_Position;
 out vec3 vo_Normal;
 out vec2 vo_TexCoord;
+out vec2 vo_MoreTexCoord;
 flat out uint vo_DrawID;
 
 // The record has nine floats, column by column, in the place of a mat4.
@@ -27,6 +29,7 @@ void main()
     vo_Position = position.xyz;
     vo_Normal = normalMatrix() * va_Normal;
     vo_TexCoord = va_TexCoord;
+    vo_MoreTexCoord = va_MoreTexCoord;
     vo_DrawID = getDrawID();
     gl_Position = u_ClipFromScene * position;
 }
