@@ -19,6 +19,9 @@ namespace
 // What a plain picture inside a model may measure. Encoded ones are limited by Qt.
 constexpr unsigned int kLargestSide = 1 << 14;
 
+// What two pictures that are merged into one may measure each way.
+constexpr QSize kLargestMerged(4096, 4096);
+
 // Stands in a path for the number of a tile.
 const QLatin1String kTileMark("<UDIM>");
 
@@ -28,8 +31,9 @@ QImage decode(const aiTexture& texture)
     const auto* const bytes = reinterpret_cast<const uchar*>(texture.pcData);
     if (!bytes)
         return {};
-    if (texture.mHeight == 0) // a whole file, `mWidth` bytes long
-        return QImage::fromData(bytes, int(texture.mWidth));
+    // A whole file, `mWidth` bytes long. In one form, whatever it was written in: grey is grey in all channels.
+    if (texture.mHeight == 0)
+        return QImage::fromData(bytes, int(texture.mWidth)).convertToFormat(QImage::Format_ARGB32);
     if (texture.mWidth > kLargestSide || texture.mHeight > kLargestSide)
         return {};
     return QImage(bytes, int(texture.mWidth), int(texture.mHeight), QImage::Format_ARGB32).copy();
@@ -73,12 +77,13 @@ std::size_t ImageTable::indexOfSurface(const aiString* roughness, const aiString
 {
     const QImage rough = pixelsOf(roughness);
     const QImage metallic = pixelsOf(metal);
-    const QSize size = rough.size().expandedTo(metallic.size()).expandedTo({1, 1});
+    const QSize size = rough.size().expandedTo(metallic.size()).expandedTo({1, 1}).boundedTo(kLargestMerged);
     // The red of a picture at a place of the new one.
     const auto redAt = [&size](const QImage& image, int x, int y, int otherwise)
     {
         return image.isNull() ? otherwise
-                              : qRed(image.pixel(x * image.width() / size.width(), y * image.height() / size.height()));
+                              : qRed(image.pixel(int(qint64(x) * image.width() / size.width()),
+                                                 int(qint64(y) * image.height() / size.height())));
     };
     Image image;
     image.path = QStringLiteral("roughness %1, metal %2")
@@ -95,8 +100,13 @@ bool ImageTable::holdsNormals(const aiString& name) const
 {
     constexpr int kSide = 16;
     const Image found = find(name);
-    const QImage image = (found.pixels.isNull() ? QImage(found.path) : found.pixels)
-                             .scaled(kSide, kSide, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage whole = found.pixels.isNull() ? QImage(found.path) : found.pixels;
+    if (whole.isNull())
+    {
+        remark(QStringLiteral("the picture '%1' can't be read").arg(found.path));
+        return false;
+    }
+    const QImage image = whole.scaled(kSide, kSide, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     int blue = 0;
     int others = 0;
     for (int y = 0; y < image.height(); ++y)
@@ -130,9 +140,8 @@ Image ImageTable::find(const aiString& name) const
     const QString text = QString::fromUtf8(name.C_Str());
     if (const aiTexture* const embedded = _scene.GetEmbeddedTexture(name.C_Str()))
     {
-        if (_known.contains(text))
-            return {text, {}}; // decoded before
-        return {text, decode(*embedded)};
+        const auto known = _known.constFind(text); // decoded before
+        return known != _known.constEnd() ? _images[*known] : Image{text, decode(*embedded)};
     }
     if (text.contains(kTileMark))
         return tilesBesideModel(text);

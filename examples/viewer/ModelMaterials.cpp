@@ -194,10 +194,12 @@ private:
         _source.Get(AI_MATKEY_OPACITY, material.opacity);
         material.opacity = unitRange(material.opacity);
         aiString alphaMode;
+        bool hasHoles = false;
         if (_source.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == aiReturn_SUCCESS)
         {
             material.transparent = alphaMode == aiString("BLEND");
-            if (alphaMode == aiString("MASK"))
+            hasHoles = alphaMode == aiString("MASK");
+            if (hasHoles)
             {
                 material.alphaCutoff = 0.5f;
                 _source.Get(AI_MATKEY_GLTF_ALPHACUTOFF, material.alphaCutoff);
@@ -207,7 +209,7 @@ private:
             // A model of which nothing can be seen was not meant so: some formats name transparency the other way
             // around.
             material.transparent = material.opacity > 0.0f && material.opacity < 1.0f;
-        if (!material.transparent)
+        if (!material.transparent && !hasHoles)
             material.opacity = 1.0f;
         // Where the file does not say, both sides: the winding of many files is not to be trusted.
         bool twoSided = true;
@@ -274,8 +276,9 @@ private:
             material.normalImage = imageOf({aiTextureType_HEIGHT});
         if (material.normalImage)
             _source.Get(AI_MATKEY_GLTF_TEXTURE_SCALE(aiTextureType_NORMALS, 0), material.normalScale);
-        if (!std::isfinite(material.normalScale))
-            material.normalScale = 1.0f;
+        constexpr float kSteepest = 1000.0f; // beyond that normals lie in the surface
+        material.normalScale =
+            std::isfinite(material.normalScale) ? std::clamp(material.normalScale, -kSteepest, kSteepest) : 1.0f;
     }
 
     // Of other formats the slot of glTF's has light, painted into the model.

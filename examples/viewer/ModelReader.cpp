@@ -239,8 +239,9 @@ float angleAcross(float told, float aspect)
 
 bool isUsable(const FileLight& light)
 {
-    return std::isfinite(QVector3D::dotProduct(light.color, {1.0f, 1.0f, 1.0f})) && light.innerCone >= 0.0f &&
-           light.outerCone >= light.innerCone;
+    const float darkest = std::min({light.color.x(), light.color.y(), light.color.z()});
+    return darkest >= 0.0f && std::isfinite(QVector3D::dotProduct(light.color, {1.0f, 1.0f, 1.0f})) &&
+           light.innerCone >= 0.0f && light.outerCone >= light.innerCone;
 }
 
 // Turns the importer's scene into a Model: each mesh that a node uses once, each use an instance.

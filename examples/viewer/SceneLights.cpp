@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "SceneLights.h"
 
+#include "Terminal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -16,6 +18,9 @@ const QVector3D kSunAlong(0.55f, -0.70f, -0.40f);
 const QVector3D kSpotPlace(0.95f, 1.00f, 0.75f);
 const QVector3D kPointPlace(-0.12f, 0.12f, 0.36f);
 constexpr float kSpotCutoff = 0.42f;
+
+// Of the library's shadow maps, all lights together.
+constexpr int kMostLayers = 32;
 
 const QVector3D kSunColor(0.84f, 0.75f, 0.62f);
 const QVector3D kSpotColor(0.20f, 0.25f, 0.34f);
@@ -98,7 +103,8 @@ QMatrix4x4 modelFromNode(const Model& model, int node)
 bool isUsable(const SceneLight& light)
 {
     const float sum = QVector3D::dotProduct(light.color, {1, 1, 1}) + QVector3D::dotProduct(light.place, {1, 1, 1});
-    return std::isfinite(sum) && !light.along.isNull() && light.wholeCone >= light.fullCone && light.fullCone >= 0.0f;
+    const bool hasWay = light.kind == SceneLight::Kind::Point || !light.along.isNull();
+    return std::isfinite(sum) && hasWay && light.wholeCone >= light.fullCone && light.fullCone >= 0.0f;
 }
 
 float luminance(const QVector3D& color)
@@ -121,6 +127,15 @@ SceneLight fromFile(const FileLight& source, const QMatrix4x4& sceneFromNode, co
     if (light.kind != SceneLight::Kind::Sun)
         light.reach = std::max((light.place - bounds.center()).length(), kNearest * bounds.radius());
     return light;
+}
+
+/// Layers of shadow maps that a light takes at most.
+int layersOf(const SceneLight& light)
+{
+    constexpr int kSidesOfACube = 6;
+    if (light.kind == SceneLight::Kind::Point)
+        return kSidesOfACube;
+    return light.kind == SceneLight::Kind::Sun ? std::max(light.cascades, 1) : 1;
 }
 
 } // namespace
@@ -166,10 +181,20 @@ std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& 
     }
     if (!ofFile.empty())
     {
-        std::vector<SceneLight> lights = ofFile;
-        for (SceneLight& light : lights)
+        std::vector<SceneLight> lights;
+        int layers = 0;
+        for (SceneLight light : ofFile)
+        {
             if (light.kind == SceneLight::Kind::Sun)
                 light.cascades = settings.cascades;
+            layers += layersOf(light);
+            if (layers <= kMostLayers)
+                lights.push_back(light);
+        }
+        if (lights.size() < ofFile.size())
+            remark(QStringLiteral("%1 of the file's lights are left out: shadow maps have %2 layers")
+                       .arg(ofFile.size() - lights.size())
+                       .arg(kMostLayers));
         return lights;
     }
     return {makeSun(bounds, settings.cascades), makeSpot(bounds), makePoint(bounds)};

@@ -73,8 +73,9 @@ QVector3D direction(const QVector4D& vector)
     return (v / std::max({std::abs(v.x()), std::abs(v.y()), std::abs(v.z())})).normalized();
 }
 
-/// With the table of tokens this leaves samplers for others on every driver.
-constexpr int kArraySlots = 12;
+/// Every driver has 16 samplers for a stage. These, the table of tokens, two of records, the environment's three and
+/// the shadow maps are that many.
+constexpr int kArraySlots = 9;
 
 double milliseconds(const QElapsedTimer& timer)
 {
@@ -227,6 +228,7 @@ void SceneRenderer::destroy()
         TextureManager::setInstance(nullptr);
     _textures.reset();
     _streamers = {};
+    _advancedAt.reset();
     _frame.reset();
     _sceneLights.clear();
     _stats = FrameStats();
@@ -370,8 +372,9 @@ void SceneRenderer::animate(double seconds)
     QElapsedTimer timer;
     timer.start();
     _scene->animate(seconds);
-    if (!_streamers.isEmpty())
+    if (!_streamers.isEmpty() && _advancedAt != seconds)
     {
+        _advancedAt = seconds;
         _streamers.advance();
         _textures->updateTextureStreamers();
     }

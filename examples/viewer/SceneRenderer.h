@@ -129,6 +129,7 @@ private:
     Program _debugProgram; // null unless a debug view is what is drawn
     DebugView _debugView = DebugView::None;
     QSharedPointer<Harrow::Vrk::UniformBufferObject> _frame;
+    std::optional<double> _advancedAt;                      // the time that they show
     Streamers _streamers;                                   // the manager owns them
     std::shared_ptr<Harrow::Vrk::TextureManager> _textures; // not shared, but it knows how its kind is deleted
     std::unique_ptr<ScenePlans> _plans;

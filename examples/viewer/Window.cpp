@@ -13,6 +13,7 @@
 #include <QKeyEvent>
 
 #include <algorithm>
+#include <utility>
 
 namespace vrkview
 {
@@ -22,8 +23,9 @@ namespace
 
 constexpr qsizetype kFramesOfStats = 60;
 constexpr qint64 kMillisecondsOfStatsText = 250; // what changes faster can't be read
-constexpr int kLeastSide = 64;                   // of the pictures that are tried where there is little memory
-constexpr int kMostErrors = 16;                  // a lost context may have errors without end
+constexpr int kMillisecondsOfRemark = 4000;
+constexpr int kLeastSide = 64;  // of the pictures that are tried where there is little memory
+constexpr int kMostErrors = 16; // a lost context may have errors without end
 
 } // namespace
 
@@ -144,6 +146,8 @@ void Window::frameModel()
 
 void Window::drawFrame()
 {
+    if (!isExposed())
+        _follows = false; // the time until it is seen again is not that of a frame
     if (!isExposed() || !_drawing || !_error.isEmpty())
         return;
     QString error;
@@ -159,6 +163,8 @@ void Window::drawFrame()
     drawTexts(pixels);
     countErrors();
     _context->swapBuffers(this);
+    if (std::exchange(_remarkIsNew, false))
+        _remarkEnd.start(kMillisecondsOfRemark);
     goOn();
 }
 
@@ -170,6 +176,7 @@ bool Window::fitTarget(QString& error)
         return true;
     const int largest = RenderTarget::largestSide();
     QSize size = pixels.boundedTo(QSize(largest, largest));
+    _holdsFrame = false;
     while (!_drawing->target.create(size, _samples, _settings.antiAliasing, error))
     {
         if (std::max(size.width(), size.height()) <= kLeastSide)
@@ -197,6 +204,7 @@ void Window::drawPicture()
     renderer.draw(_fileCamera >= 0 ? renderer.fileCameraView(_fileCamera, aspect())
                                    : renderer.viewOf(_camera, aspect()));
     _drawing->target.resolve();
+    _holdsFrame = true;
 }
 
 void Window::drawTexts(const QSize& framebuffer)
@@ -213,6 +221,8 @@ void Window::drawTexts(const QSize& framebuffer)
 
 void Window::keepStats()
 {
+    if (std::exchange(_statsAreOld, false))
+        _stats.clear();
     if (_stats.size() >= kFramesOfStats)
         _stats.removeFirst();
     FrameStats stats = _drawing->renderer.stats();
@@ -237,6 +247,7 @@ void Window::countErrors()
 void Window::goOn()
 {
     ++_framesDrawn;
+    _follows = true; // but for what a key does
     if (!_presses.isEmpty())
     {
         const QKeyCombination key = _presses.takeFirst();
@@ -247,17 +258,18 @@ void Window::goOn()
     }
     const bool isLast = _frameLimit > 0 && _framesDrawn >= _frameLimit;
     const bool showsStats = !_drawing->overlay.rows(Panel::Stats).isEmpty();
-    _follows = !isLast && (_frameLimit > 0 || (_moves && !_paused) || showsStats);
+    const bool goesOn = !isLast && (_frameLimit > 0 || (_moves && !_paused) || showsStats);
+    _follows = _follows && goesOn;
     if (isLast)
         QTimer::singleShot(0, this, &QWindow::close);
-    else if (_follows)
+    else if (goesOn)
         requestUpdate();
 }
 
 QImage Window::picture()
 {
     QString error;
-    if (!_drawing || !_context->makeCurrent(this) || !fitTarget(error))
+    if (!_drawing || !_error.isEmpty() || !_context->makeCurrent(this) || !fitTarget(error))
         return {};
     drawPicture();
     return _drawing->target.read();
@@ -305,7 +317,7 @@ void Window::resizeEvent(QResizeEvent*)
 void Window::closeEvent(QCloseEvent* event)
 {
     if (_framesDrawn > 0 && _error.isEmpty() && _drawing && _context->makeCurrent(this))
-        _lastFrame = _drawing->target.read();
+        _lastFrame = _holdsFrame ? _drawing->target.read() : picture();
     QWindow::closeEvent(event);
 }
 

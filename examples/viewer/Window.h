@@ -176,7 +176,8 @@ private:
     OrbitCamera _home;
     int _homeFileCamera = -1;
     int _fileCamera = -1;
-    QSize _fittedTo; // the window's size in pixels that the target was made for
+    QSize _fittedTo;          // the window's size in pixels that the target was made for
+    bool _holdsFrame = false; // the target has a picture
 
     bool _moves = false; // by itself, so that it is drawn all the time
     bool _paused = false;
@@ -185,10 +186,12 @@ private:
     QElapsedTimer _sinceMove;
 
     QList<FrameStats> _stats;
-    bool _follows = false; // the next frame comes at once
+    bool _statsAreOld = false; // they are of other settings
+    bool _follows = false;     // the next frame comes at once
     QElapsedTimer _sinceFrame;
     QElapsedTimer _sinceStatsText;
     QTimer _remarkEnd;
+    bool _remarkIsNew = false; // no frame has shown it
 
     QPointF _pointer; // where the last mouse event was
     QString _driver;

@@ -23,7 +23,6 @@ namespace
 constexpr float kDegreesPerSide = 200.0f; // orbiting by a drag across the window's shorter side
 constexpr float kZoomPerNotch = 0.88f;
 constexpr float kUnitsPerNotch = 120.0f; // of QWheelEvent::angleDelta
-constexpr int kMillisecondsOfRemark = 4000;
 
 } // namespace
 
@@ -55,6 +54,8 @@ void Window::mouseMoveEvent(QMouseEvent* event)
 
 void Window::wheelEvent(QWheelEvent* event)
 {
+    if (event->angleDelta().y() == 0)
+        return; // a wheel that goes sideways
     _camera.zoom(std::pow(kZoomPerNotch, float(event->angleDelta().y()) / kUnitsPerNotch));
     _framed = false;
     _fileCamera = -1;
@@ -88,7 +89,7 @@ void Window::act(const KeyRow& row, bool shift)
                                  {Action::Picture, &Window::writePicture},
                                  {Action::Fullscreen, &Window::toggleFullscreen},
                                  {Action::Close, &Window::leave}};
-    if (!_drawing)
+    if (!_drawing || !_error.isEmpty())
         return;
     if (isSwitch(row.action))
         return switchSettings(row, shift && row.withShift == WithShift::Backwards ? -1 : 1);
@@ -126,9 +127,12 @@ bool Window::change(const RenderSettings& settings, QString& error)
         return false;
     }
     RenderTarget& target = _drawing->target;
-    if (settings.antiAliasing != _settings.antiAliasing && !target.size().isEmpty() &&
-        !target.create(target.size(), _samples, settings.antiAliasing, error))
-        return false; // the next frame makes the former one again
+    if (settings.antiAliasing != _settings.antiAliasing && !target.size().isEmpty())
+    {
+        _holdsFrame = false;
+        if (!target.create(target.size(), _samples, settings.antiAliasing, error))
+            return false; // the next frame makes the former one again
+    }
     if (!_drawing->renderer.change(_model, settings, error))
     {
         if (!_drawing->renderer.isCreated())
@@ -138,21 +142,19 @@ bool Window::change(const RenderSettings& settings, QString& error)
     _settings = settings;
     _jumps = true;
     _follows = false; // the time that this took is not that of a frame
-    _stats.clear();
+    _statsAreOld = true;
     _sinceStatsText.invalidate();
     return true;
 }
 
-/// At the bottom of the window, for a moment. An empty text takes it away.
+/// At the bottom of the window, for a moment from the frame on that shows it. An empty text takes it away.
 void Window::tell(const QString& text)
 {
     if (!_drawing)
         return;
     _drawing->overlay.show(Panel::Remark, text.isEmpty() ? TextRows() : TextRows{{text, {}}});
-    if (text.isEmpty())
-        _remarkEnd.stop();
-    else
-        _remarkEnd.start(kMillisecondsOfRemark);
+    _remarkEnd.stop();
+    _remarkIsNew = !text.isEmpty();
     requestUpdate();
 }
 
@@ -200,6 +202,7 @@ void Window::togglePause(bool)
     if (!_moves)
         return tell(QStringLiteral("nothing moves here"));
     _paused = !_paused;
+    _sinceMove.start(); // the time of the pause does not count
     tell(_paused ? QStringLiteral("paused") : QStringLiteral("going on"));
 }
 

@@ -314,6 +314,8 @@ int runWindow(const Options& options, Model model, const QString& path, char* pr
     tellStats(options, window.stats());
     if (!window.error().isEmpty())
         return fail(QStringLiteral("cannot draw: %1").arg(window.error()));
+    if (!path.isEmpty() && window.lastFrame().isNull())
+        return fail(QStringLiteral("cannot write '%1': the window was closed before it had drawn a frame").arg(path));
     return path.isEmpty() || savePicture(window.lastFrame(), path, error) ? EXIT_SUCCESS : fail(error);
 }
 

@@ -249,6 +249,46 @@ TEST(PbrPictureTest, WhatIsUnlitShowsItsColourInAnyLight)
     }
 }
 
+// Qt reads a grey file as one byte a texel, and others with 16 bits a channel.
+TEST(PbrPictureTest, PicturesInsideOfTheFileShowWhatTheyHoldInWhateverFormTheyAre)
+{
+    for (const QImage::Format format : {QImage::Format_RGB32, QImage::Format_Grayscale8, QImage::Format_Grayscale16,
+                                        QImage::Format_RGBA64, QImage::Format_RGBA8888})
+    {
+        QJsonObject surface = chalk(1.0);
+        surface["baseColorTexture"] = texture(0);
+        const Square square{.material = {{"pbrMetallicRoughness", surface},
+                                         {"extensions", QJsonObject{{"KHR_materials_unlit", QJsonObject()}}}},
+                            .pictures = {plainPicture(128, 128, 128).convertToFormat(format)},
+                            .root = {{"extensionsUsed", QJsonArray{"KHR_materials_unlit"}}}};
+        const QRgb color = draw(square, {}).pixel(pixelOf(0, 0, kSide));
+        for (const int channel : {qRed(color), qGreen(color), qBlue(color)})
+            EXPECT_NEAR(channel, 128, 2) << format;
+    }
+}
+
+TEST(PbrPictureTest, HolesAreWhereColourAndPictureTogetherFallBelowTheCutoff)
+{
+    const auto isSeen = [](double factor, int alpha)
+    {
+        QImage picture(4, 4, QImage::Format_ARGB32);
+        picture.fill(qRgba(255, 255, 255, alpha));
+        QJsonObject surface = chalk(1.0);
+        surface["baseColorFactor"] = QJsonArray{1.0, 0.0, 0.0, factor};
+        surface["baseColorTexture"] = texture(0);
+        const Square square{.material = {{"pbrMetallicRoughness", surface},
+                                         {"alphaMode", "MASK"},
+                                         {"extensions", QJsonObject{{"KHR_materials_unlit", QJsonObject()}}}},
+                            .pictures = {picture},
+                            .root = {{"extensionsUsed", QJsonArray{"KHR_materials_unlit"}}}};
+        return qRed(draw(square, {}).pixel(pixelOf(0, 0, kSide))) == 255;
+    };
+    EXPECT_TRUE(isSeen(1.0, 200));
+    EXPECT_FALSE(isSeen(0.3, 255)) << "the factor alone";
+    EXPECT_FALSE(isSeen(1.0, 100)) << "the picture alone";
+    EXPECT_FALSE(isSeen(0.6, 200)) << "0.6 times 0.78";
+}
+
 namespace
 {
 

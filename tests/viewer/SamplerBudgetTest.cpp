@@ -149,23 +149,27 @@ TEST_F(SamplerBudgetTest, EveryProgramFitsIntoTheUnitsThatEveryDriverHas)
 {
     const ModelFolder folder;
     const QString around = folder.write("even.hdr", environmentFile([](const QVector3D&) { return 1.0f; }));
-    RenderSettings settings;
-    settings.manager = ManagerKind::Sampler;
-    settings.recordCarrier = RecordCarrier::Texture;
-    settings.shadows = true;
-    settings.environment.path = around;
-    draw(manyPictures(1), settings);
-    int programs = 0;
-    int most = 0;
-    for (GLuint name = 1; name < 200; ++name)
-        if (glIsProgram(name))
-        {
-            ++programs;
-            most = std::max(most, samplersOf(name));
-        }
-    EXPECT_GE(programs, 3);
-    EXPECT_LE(most, kUnitsEverywhere);
-    EXPECT_GE(most, 12) << "textures of a draw, their table, records, the environment's three and the shadow maps";
+    for (const ManagerKind manager : {ManagerKind::Sampler, ManagerKind::Array2D})
+    {
+        RenderSettings settings;
+        settings.manager = manager;
+        settings.recordCarrier = RecordCarrier::Texture;
+        settings.shadows = true;
+        settings.environment.path = around;
+        draw(manyPictures(1), settings);
+        int programs = 0;
+        int most = 0;
+        for (GLuint name = 1; name < 200; ++name)
+            if (glIsProgram(name))
+            {
+                ++programs;
+                most = std::max(most, samplersOf(name));
+            }
+        EXPECT_GE(programs, 3);
+        EXPECT_LE(most, kUnitsEverywhere);
+        EXPECT_GE(most, 12) << "textures of a draw, their table, records, the environment's three and the shadow maps";
+        renderer.destroy();
+    }
 }
 
 TEST_F(SamplerBudgetTest, OneMeshWithMorePicturesThanSlotsIsDrawnInSeveralLists)

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QThread>
 
 #include <string>
 
@@ -505,6 +506,33 @@ TEST_F(WindowSwitchTest, SpaceStopsWhatMovesAndLetsItGoOn)
     press(Qt::Key_Space);
     EXPECT_FALSE(window->isPaused());
     EXPECT_TRUE(waitUntil([this, &standing] { return difference(picture(), standing).largest > 10; }));
+}
+
+TEST_F(WindowSwitchTest, TheTimeOfAPauseDoesNotCount)
+{
+    closeWindow();
+    Model model = readModel(path, UpAxis::Y).model.value();
+    model.motions.push_back({0, {}, 0.5f, 0.0f, 0.0f});
+    model.nodes.resize(std::max<std::size_t>(1, model.nodes.size()));
+    open(std::move(model), {}, kSize);
+    settle();
+    press(Qt::Key_Space);
+    const double before = WindowTestAccess::seconds(*window);
+    QThread::msleep(1500);
+    press(Qt::Key_Space);
+    settle();
+    EXPECT_LT(WindowTestAccess::seconds(*window) - before, 1.0);
+}
+
+TEST_F(WindowSwitchTest, ClosingRightAfterASwitchKeepsAPicture)
+{
+    const QImage before = picture();
+    press(Qt::Key_A);
+    press(Qt::Key_Escape);
+    waitUntil([this] { return !window->isVisible(); });
+    const QImage last = window->lastFrame().convertToFormat(before.format());
+    ASSERT_EQ(last.size(), before.size());
+    EXPECT_LT(difference(before, last).mean, 10.0) << "the same scene with other edges, and not nothing";
 }
 
 // In a process of its own, whose driver has OpenGL 3.2 and no more.

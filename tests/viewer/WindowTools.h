@@ -39,6 +39,10 @@ struct WindowTestAccess
     {
         return window._drawing->overlay.uploads();
     }
+    static double seconds(const Window& window)
+    {
+        return window._seconds;
+    }
     static int framesDrawn(const Window& window)
     {
         return window._framesDrawn;

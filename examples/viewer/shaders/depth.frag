@@ -19,7 +19,7 @@ const float kLargestSlope = 0.01;
 
 void main()
 {
-    if (pictured(vo_TexCoord).a < getSurface().z)
+    if (getBaseColor().a * pictured(vo_TexCoord).a < getSurface().z)
         discard;
     // As far back as the surface can be within the texel: or it would shade itself.
     float depth = 2.0 * gl_FragCoord.z - 1.0;

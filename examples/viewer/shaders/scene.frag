@@ -144,9 +144,9 @@ void main()
 {
     vec4 material = getSurface();    // roughness, metallic, alpha below which there is a hole, 1 where it is blended
     vec4 picture = pictured(vo_TexCoord);
-    if (picture.a < material.z)
-        discard;
     vec4 color = getBaseColor() * picture;
+    if (color.a < material.z)
+        discard;
     vec3 baseColor = color.rgb;
     vec4 detail = getDetail();    // how much normals and occlusion count, 1 where no light does
     if (detail.z > 0.0)
