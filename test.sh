@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Installs what is missing, builds everything, and runs all tests in both OpenGL profiles. Arguments go to ctest:
 #   ./test.sh                     all tests
-#   ./test.sh -L unit             one label: unit, gl, floor, qt, image, install, gpu, fuzz-smoke
+#   ./test.sh -L unit             one label: unit, gl, floor, qt, image, install, gpu, soak, fuzz-smoke
 #   VRK_SANITIZE=ON ./test.sh     the same under AddressSanitizer and UndefinedBehaviorSanitizer, in a build of its own
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)

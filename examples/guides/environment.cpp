@@ -81,7 +81,7 @@ static void draw(Guide& guide)
     const std::unique_ptr<Texture> sky = newSky();
     guide.expect(bool(sky), "the picture is read");
     const ShadingModel metal = SHADING_PHYSICALLY_BASED;
-    const unsigned levels = unsigned(MaxLODLevel(kMapWidth, kMapHeight));
+    const auto levels = unsigned(MaxLODLevel(kMapWidth, kMapHeight));
     std::unique_ptr<Texture> specular(
         CreatePrefilteredLatLongEnvMap(sky.get(), kMapWidth, kMapHeight, 64, metal, RGBA16F));
     std::unique_ptr<Texture> diffuse(
