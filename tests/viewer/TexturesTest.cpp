@@ -170,10 +170,10 @@ TEST(ViewerTexturesTest, FourThousandTexturesAreDrawnWithoutAWord)
 TEST(ViewerTexturesTest, TheSlotsAreShownWithAStripThatTellsThemApart)
 {
     const QImage view = drawTexture({"--textures", "40", "--debug", "slots"});
-    // Below the lowest fiftieth there is a ramp of red, one step a slot.
+    // Below the lowest fiftieth there is a ramp of red, one step for each of nine slots.
     EXPECT_EQ(view.pixel(2, 198), qRgb(0, 0, 0));
     EXPECT_EQ(qGreen(view.pixel(197, 198)), 0);
-    EXPECT_NEAR(qRed(view.pixel(197, 198)), 255 * 11 / 12, 1);
+    EXPECT_NEAR(qRed(view.pixel(197, 198)), 255 * 8 / 9, 1);
     EXPECT_NE(view.pixel(2, 100), qRgb(0, 0, 0)) << "the first slot is in use";
 }
 
