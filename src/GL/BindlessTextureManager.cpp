@@ -139,8 +139,10 @@ TextureToken BindlessTextureManager::tokenForColor(const QColor& color)
     if (token == INVALID_TOKEN)
         return token;
     setColorOfToken(token, color);
-    setTextureOfToken(token, texture); // It is destroyed without a token. NOLINT(clang-analyzer-cplusplus.NewDelete)
-    textureTokenIssued(token); // The constructor wants its own. NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
+    // Adopting destroys it only where there is no token. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
+    setTextureOfToken(token, texture);
+    // The constructor, which makes white, means its own. NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.VirtualCall)
+    textureTokenIssued(token);
     return token;
 }
 
@@ -157,7 +159,8 @@ TextureToken BindlessTextureManager::tokenForImage(const QString& path, const Te
     if (token == INVALID_TOKEN)
         return tokenForColor(Qt::white);
     setFileOfToken(token, resolved, info);
-    setTextureOfToken(token, texture); // As above. NOLINT(clang-analyzer-cplusplus.NewDelete)
+    // Adopting destroys it only where there is no token. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
+    setTextureOfToken(token, texture);
     textureTokenIssued(token);
     return token;
 }

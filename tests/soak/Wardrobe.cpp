@@ -158,13 +158,16 @@ TextureToken Wardrobe::addFromImage(Random& random)
     return keep(entry);
 }
 
+bool Wardrobe::holds(const TextureToken& token) const
+{
+    return std::any_of(_entries.begin(), _entries.end(), [&](const Entry& entry) { return entry.token == token; });
+}
+
 TextureToken Wardrobe::addColor(Random& random)
 {
     const QColor color(64 * random.below(4), 64 * random.below(4), 200);
     const TextureToken token = _manager.tokenForColor(color);
-    const bool isHere =
-        std::any_of(_entries.begin(), _entries.end(), [&](const Entry& entry) { return entry.token == token; });
-    if (isHere)
+    if (holds(token))
         return token;
     Entry entry;
     entry.token = token;
@@ -175,9 +178,7 @@ TextureToken Wardrobe::addColor(Random& random)
 TextureToken Wardrobe::addFromFile(Random& random)
 {
     const TextureToken token = _manager.tokenForImage(random.of(_files), TextureFileInfo());
-    const bool isHere =
-        std::any_of(_entries.begin(), _entries.end(), [&](const Entry& entry) { return entry.token == token; });
-    if (isHere)
+    if (holds(token))
         return token;
     Entry entry;
     entry.token = token;

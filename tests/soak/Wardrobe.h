@@ -82,6 +82,7 @@ private:
         bool isTiles = false;
     };
 
+    bool holds(const Harrow::Vrk::TextureToken& token) const;
     Harrow::Vrk::TextureToken keep(Entry entry);
     bool isFull() const;
 
