@@ -43,6 +43,7 @@ set(VRK_LAYER_OBJECTS
     BufferObject
     BufferObjectEntryPoints
     BufferOffset
+    CubemapFaces
     DrawBuffers
     DrawElementsIndirectCommand
     FramebufferObject
@@ -137,6 +138,7 @@ set(VRK_PRIVATE_HEADERS
     BindlessTextureFunctions.h
     BufferObjectEntryPoints.h
     BufferOffset.h
+    CubemapFaces.h
     FreeNumbers.h
     FrustumTest.h
     FullscreenQuad.h

@@ -125,22 +125,22 @@ TEST(UniformForm, EachTypeOfTheTableHasItsForm)
         QVariant value;
         UniformForm form;
     } rows[] = {
-        {QVariant(true), UniformForm::Int},
-        {QVariant(-3), UniformForm::Int},
-        {QVariant(someImage()), UniformForm::Int},
-        {QVariant(3u), UniformForm::UInt},
-        {QVariant(2.5), UniformForm::Float},
-        {QVariant(2.5f), UniformForm::Float},
-        {QVariant(QColor(Qt::red)), UniformForm::Color},
-        {QVariant(QVector2D()), UniformForm::Vector2},
-        {QVariant(QVector3D()), UniformForm::Vector3},
-        {QVariant(QVector4D()), UniformForm::Vector4},
-        {QVariant(QMatrix4x4()), UniformForm::Matrix4},
-        {QVariant::fromValue(QMatrix3x3()), UniformForm::Matrix3},
-        {QVariant::fromValue(QMatrix4x2()), UniformForm::Matrix4x2},
-        {QVariant::fromValue(QMatrix2x2()), UniformForm::Matrix2},
-        {rangedFloat(1.0f), UniformForm::FloatInRange},
-        {rangedDouble(1.0), UniformForm::DoubleInRange},
+        {QVariant(true), UniformForm::eInt},
+        {QVariant(-3), UniformForm::eInt},
+        {QVariant(someImage()), UniformForm::eInt},
+        {QVariant(3u), UniformForm::eUInt},
+        {QVariant(2.5), UniformForm::eFloat},
+        {QVariant(2.5f), UniformForm::eFloat},
+        {QVariant(QColor(Qt::red)), UniformForm::eColor},
+        {QVariant(QVector2D()), UniformForm::eVector2},
+        {QVariant(QVector3D()), UniformForm::eVector3},
+        {QVariant(QVector4D()), UniformForm::eVector4},
+        {QVariant(QMatrix4x4()), UniformForm::eMatrix4},
+        {QVariant::fromValue(QMatrix3x3()), UniformForm::eMatrix3},
+        {QVariant::fromValue(QMatrix4x2()), UniformForm::eMatrix4x2},
+        {QVariant::fromValue(QMatrix2x2()), UniformForm::eMatrix2},
+        {rangedFloat(1.0f), UniformForm::eFloatInRange},
+        {rangedDouble(1.0), UniformForm::eDoubleInRange},
     };
     for (const auto& row : rows)
         EXPECT_EQ(uniformFormOf(row.value), row.form) << row.value.typeName();
@@ -159,25 +159,25 @@ TEST(UniformForm, OtherTypesHaveNone)
                                     QVariant::fromValue(QMatrix3x4()),
                                     QVariant(QVariantList({1.0, 2.0}))};
     for (const QVariant& value : values)
-        EXPECT_EQ(uniformFormOf(value), UniformForm::None) << value.typeId();
+        EXPECT_EQ(uniformFormOf(value), UniformForm::eNone) << value.typeId();
 }
 
 TEST(UniformForm, MatrixUnderItsUsualNameCountsToo)
 {
     const auto named = [](QMetaType type) { return uniformFormOf(QVariant(type)); };
-    EXPECT_EQ(named(namedType<QMatrix3x3>("QMatrix3x3")), UniformForm::Matrix3);
-    EXPECT_EQ(named(namedType<QMatrix4x2>("QMatrix4x2")), UniformForm::Matrix4x2);
-    EXPECT_EQ(named(namedType<QMatrix2x2>("QMatrix2x2")), UniformForm::Matrix2);
+    EXPECT_EQ(named(namedType<QMatrix3x3>("QMatrix3x3")), UniformForm::eMatrix3);
+    EXPECT_EQ(named(namedType<QMatrix4x2>("QMatrix4x2")), UniformForm::eMatrix4x2);
+    EXPECT_EQ(named(namedType<QMatrix2x2>("QMatrix2x2")), UniformForm::eMatrix2);
 }
 
 TEST(UniformForm, RangedNumberUnderItsMetaTypeNameIsNone)
 {
     const QVariant byName = QVariant::fromValue(RangedFloat{1.0f, 0.0f, 2.0f});
     EXPECT_STREQ(byName.typeName(), "Harrow::Vrk::RangedDataType<float>");
-    EXPECT_EQ(uniformFormOf(byName), UniformForm::None);
+    EXPECT_EQ(uniformFormOf(byName), UniformForm::eNone);
     const QVariant byDoubleName = QVariant::fromValue(RangedDouble{1.0, 0.0, 2.0});
     EXPECT_STREQ(byDoubleName.typeName(), "Harrow::Vrk::RangedDataType<double>");
-    EXPECT_EQ(uniformFormOf(byDoubleName), UniformForm::None);
+    EXPECT_EQ(uniformFormOf(byDoubleName), UniformForm::eNone);
 }
 
 TEST(RangedDataType, IsAllZeroByDefaultWithTheValueFirst)

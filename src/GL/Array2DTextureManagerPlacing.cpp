@@ -3,23 +3,20 @@
 #include "Array2DSlots.h"
 #include "Array2DTextureManager.h"
 #include "AutoBinder.h"
+#include "CubemapFaces.h"
 #include "Diagnostics.h"
 #include "GLFunctions.h"
 #include "GLUtilities.h"
 #include "Texture.h"
 
-#include <QDebug>
 #include <QMessageLogger>
 
 #include <algorithm>
-#include <utility>
 
 namespace Harrow::Vrk
 {
 namespace
 {
-
-constexpr int kCubeFaces = 6;
 
 int roundedUp(int size, int alignment)
 {
@@ -108,7 +105,7 @@ void Array2DTextureManager::determineSlotLayerDataForTexture(Texture* texture, T
         if (_anisotropySupported)
             glGetTexParameterfv(target, GL_TEXTURE_MAX_ANISOTROPY, &format.anisotropy);
         if (target == GL_TEXTURE_CUBE_MAP)
-            layers = kCubeFaces;
+            layers = kCubemapFaces;
         else if (target == GL_TEXTURE_2D_ARRAY)
             layers = depth;
     }

@@ -4,6 +4,7 @@
 #include "Array2DTextureManager.h"
 #include "AutoBinder.h"
 #include "BindlessTextureFunctions.h"
+#include "CubemapFaces.h"
 #include "Diagnostics.h"
 #include "GLFunctions.h"
 #include "GLUtilities.h"
@@ -88,8 +89,7 @@ public:
         glBindFramebuffer(GL_FRAMEBUFFER, _source);
         const GLuint name = texture.textureID();
         if (texture.target() == GL_TEXTURE_CUBE_MAP)
-            glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0,
-                                   GL_TEXTURE_CUBE_MAP_POSITIVE_X + static_cast<GLenum>(layer), name, level);
+            glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, cubemapFaceTarget(layer), name, level);
         else if (texture.target() == GL_TEXTURE_2D_ARRAY)
             glFramebufferTextureLayer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, name, level, layer);
         else

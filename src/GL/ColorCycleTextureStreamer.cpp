@@ -5,8 +5,6 @@
 #include "GLFunctions.h"
 #include "StreamerTools.h"
 
-#include <cstddef>
-
 namespace Harrow::Vrk
 {
 

@@ -83,9 +83,9 @@ QString defineLines(const QMap<QString, QString>& defines)
 
 enum class Reading
 {
-    Done,
-    NoFile,
-    TooLong
+    eDone,
+    eNoFile,
+    eTooLong
 };
 
 // The contents of an open file, taken from the bytes that may still be read. The size of the file is no promise: files
@@ -93,7 +93,7 @@ enum class Reading
 Reading readText(QFile& file, qsizetype& bytesLeft, QString& text)
 {
     if (file.size() > bytesLeft)
-        return Reading::TooLong;
+        return Reading::eTooLong;
     constexpr qsizetype kPiece = 1 << 16;
     QByteArray bytes;
     for (;;)
@@ -103,11 +103,11 @@ Reading readText(QFile& file, qsizetype& bytesLeft, QString& text)
             break;
         bytes += piece;
         if (bytes.size() > bytesLeft)
-            return Reading::TooLong;
+            return Reading::eTooLong;
     }
     bytesLeft -= bytes.size();
     text = QString::fromUtf8(bytes);
-    return Reading::Done;
+    return Reading::eDone;
 }
 
 // Reads the first file of that name that opens. A pipe may wait for ever for its other end when it is opened
@@ -124,7 +124,7 @@ Reading readIncludeFile(const QList<QDir>& directories, const QString& name, qsi
         if (file.open(QIODevice::ReadOnly) && !file.isSequential())
             return readText(file, bytesLeft, text);
     }
-    return Reading::NoFile;
+    return Reading::eNoFile;
 }
 
 // The declarations of the plan of that name; false when the plan is unknown.
@@ -288,13 +288,13 @@ bool GLSLMacroProcessor::Expansion::expandInclude(QStringView line)
     QString text;
     switch (includeText(name, text))
     {
-    case Reading::Done:
+    case Reading::eDone:
         appendNested(text, line);
         break;
-    case Reading::NoFile:
+    case Reading::eNoFile:
         warnNoIncludeFile(name);
         break;
-    case Reading::TooLong:
+    case Reading::eTooLong:
         reachSizeLimit(line);
         break;
     }
@@ -346,10 +346,10 @@ Reading GLSLMacroProcessor::Expansion::includeText(const QString& name, QString&
     if (_files.cend() != known)
     {
         text = known.value();
-        return Reading::Done;
+        return Reading::eDone;
     }
     const Reading reading = readIncludeFile(_processor._includeDirectories, name, _fileBytesLeft, text);
-    if (Reading::Done == reading)
+    if (Reading::eDone == reading)
         _files.insert(name, text);
     return reading;
 }
@@ -436,13 +436,13 @@ void GLSLMacroProcessor::processLineInclude(QString& line, QRegularExpression& p
     QString text;
     switch (readIncludeFile(directories, name, bytesLeft, text))
     {
-    case Reading::Done:
+    case Reading::eDone:
         line = process(text, processor);
         break;
-    case Reading::NoFile:
+    case Reading::eNoFile:
         warnNoIncludeFile(name);
         break;
-    case Reading::TooLong:
+    case Reading::eTooLong:
         warnSizeLimit(kSizeLimit, line);
         break;
     }

@@ -10,7 +10,6 @@
 
 #include <QMessageLogger>
 
-#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>

@@ -112,7 +112,7 @@ public:
     MechanismType mechanism() const;
     /// Number of records that the GLSL declares. Reported before the plan is registered.
     size_t arraySize() const;
-    /// What the driver could declare.
+    /// What the driver could declare; the texture carrier leaves it at 150.
     size_t arraySizeMax() const;
     /// Bytes of one record.
     size_t totalDataSize() const;

@@ -6,7 +6,6 @@
 #include <QtEndian>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
 #include <iterator>
 #include <limits>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KTXReader.h"
 
+#include "CubemapFaces.h"
 #include "Diagnostics.h"
 #include "GLFunctions.h"
 #include "KTXLayout.h"
@@ -247,9 +248,8 @@ void uploadLevel(const Upload& upload, const Extent& size, const KTXLevel& level
     case Shape::e3D:
         return upload3D(upload, size, level.imageSize, pixels);
     case Shape::eCube:
-        for (GLenum face = 0; face < 6; ++face)
-            upload2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, upload, size, level.imageSize,
-                     pixels + face * level.stride());
+        for (int face = 0; face < kCubemapFaces; ++face)
+            upload2D(cubemapFaceTarget(face), upload, size, level.imageSize, pixels + face * level.stride());
         return;
     case Shape::eNone:
         return;
@@ -363,7 +363,7 @@ bool KTXReader::isArrayTexture() const
 
 bool KTXReader::isCubeMapTexture() const
 {
-    return cubeFaces() == 6;
+    return cubeFaces() == kCubemapFaces;
 }
 
 bool KTXReader::is1DTexture() const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "PrefilteredEnvMap.h"
 
+#include "CubemapFaces.h"
 #include "Diagnostics.h"
 #include "FramebufferObject.h"
 #include "GLFunctions.h"
@@ -109,15 +110,8 @@ bool finishMap(Texture& result, GLint wrapS, int levels)
 
 // ---- cube maps -----------------------------------------------------------------------------------------------------
 
-constexpr int kFaces = 6;
-
-GLenum faceTarget(int face)
-{
-    return GL_TEXTURE_CUBE_MAP_POSITIVE_X + static_cast<GLenum>(face);
-}
-
 /// By rows: each is the component of the direction that a place of the quad has, at z = -1.
-constexpr float kFaceRows[kFaces][9] = {
+constexpr float kFaceRows[kCubemapFaces][9] = {
     {0, 0, -1, /**/ 0, -1, 0, /**/ -1, 0, 0}, // +x
     {0, 0, 1, /**/ 0, -1, 0, /**/ 1, 0, 0},   // -x
     {1, 0, 0, /**/ 0, 0, -1, /**/ 0, 1, 0},   // +y
@@ -140,8 +134,8 @@ std::unique_ptr<Texture> newCubeMap(int size, TextureFormat format)
     if (!result->bind())
         return nullptr;
     setFilters(GL_TEXTURE_CUBE_MAP, GL_NEAREST, GL_NEAREST);
-    for (int face = 0; face < kFaces; ++face)
-        allocate(faceTarget(face), format, size, size);
+    for (int face = 0; face < kCubemapFaces; ++face)
+        allocate(cubemapFaceTarget(face), format, size, size);
     glGenerateMipmap(GL_TEXTURE_CUBE_MAP);
     result->unbind();
     return result;
@@ -158,9 +152,10 @@ void drawCubeMap(Pass& pass, const Texture& result, int size, int levels)
     for (int level = 0; level < levels; ++level)
     {
         glViewport(0, 0, size >> level, size >> level);
-        for (int face = 0; face < kFaces; ++face)
+        for (int face = 0; face < kCubemapFaces; ++face)
         {
-            glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, faceTarget(face), result.textureID(), level);
+            glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, cubemapFaceTarget(face), result.textureID(),
+                                   level);
             glClear(GL_COLOR_BUFFER_BIT);
             setIfThere(program, transformLocation, faceTransform(face));
             setIfThere(program, roughnessLocation, roughnessOf(level, levels));

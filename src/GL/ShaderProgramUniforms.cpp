@@ -63,50 +63,50 @@ struct ValueRow
 
 // `value<T>()` reads a T as it is stored and converts anything else into a default-constructed T.
 constexpr ValueRow kSetValue[] = {
-    {UniformForm::None,
+    {UniformForm::eNone,
      [](GLint, const QVariant& value)
      {
          VRK_LOG_CRITICAL("VrkShaderProgram::setUniform is not implemented for type : %s",
                           value.isValid() ? value.typeName() : "");
      }},
-    {UniformForm::Int, [](GLint location, const QVariant& value) { glUniform1i(location, value.toInt()); }},
-    {UniformForm::UInt, [](GLint location, const QVariant& value) { glUniform1ui(location, value.toUInt()); }},
-    {UniformForm::Float, [](GLint location, const QVariant& value) { glUniform1f(location, value.toFloat()); }},
-    {UniformForm::Color,
+    {UniformForm::eInt, [](GLint location, const QVariant& value) { glUniform1i(location, value.toInt()); }},
+    {UniformForm::eUInt, [](GLint location, const QVariant& value) { glUniform1ui(location, value.toUInt()); }},
+    {UniformForm::eFloat, [](GLint location, const QVariant& value) { glUniform1f(location, value.toFloat()); }},
+    {UniformForm::eColor,
      [](GLint location, const QVariant& value)
      {
          const auto color = value.value<QColor>();
          glUniform4f(location, color.redF(), color.greenF(), color.blueF(), color.alphaF());
      }},
-    {UniformForm::Vector2,
+    {UniformForm::eVector2,
      [](GLint location, const QVariant& value)
      {
          const auto vector = value.value<QVector2D>();
          glUniform2f(location, vector.x(), vector.y());
      }},
-    {UniformForm::Vector3,
+    {UniformForm::eVector3,
      [](GLint location, const QVariant& value)
      {
          const auto vector = value.value<QVector3D>();
          glUniform3f(location, vector.x(), vector.y(), vector.z());
      }},
-    {UniformForm::Vector4,
+    {UniformForm::eVector4,
      [](GLint location, const QVariant& value)
      {
          const auto vector = value.value<QVector4D>();
          glUniform4f(location, vector.x(), vector.y(), vector.z(), vector.w());
      }},
-    {UniformForm::Matrix4, [](GLint location, const QVariant& value)
+    {UniformForm::eMatrix4, [](GLint location, const QVariant& value)
      { glUniformMatrix4fv(location, 1, GL_FALSE, value.value<QMatrix4x4>().constData()); }},
-    {UniformForm::Matrix3, [](GLint location, const QVariant& value)
+    {UniformForm::eMatrix3, [](GLint location, const QVariant& value)
      { glUniformMatrix3fv(location, 1, GL_FALSE, value.value<QMatrix3x3>().constData()); }},
-    {UniformForm::Matrix4x2, [](GLint location, const QVariant& value)
+    {UniformForm::eMatrix4x2, [](GLint location, const QVariant& value)
      { glUniformMatrix4x2fv(location, 1, GL_FALSE, value.value<QMatrix4x2>().constData()); }},
-    {UniformForm::Matrix2, [](GLint location, const QVariant& value)
+    {UniformForm::eMatrix2, [](GLint location, const QVariant& value)
      { glUniformMatrix2fv(location, 1, GL_FALSE, value.value<QMatrix2x2>().constData()); }},
-    {UniformForm::FloatInRange,
+    {UniformForm::eFloatInRange,
      [](GLint location, const QVariant& value) { glUniform1f(location, value.value<RangedFloat>().value); }},
-    {UniformForm::DoubleInRange, [](GLint location, const QVariant& value)
+    {UniformForm::eDoubleInRange, [](GLint location, const QVariant& value)
      { glUniform1f(location, static_cast<float>(value.value<RangedDouble>().value)); }},
 };
 
@@ -118,7 +118,7 @@ constexpr bool isIndexedByForm()
     return true;
 }
 static_assert(isIndexedByForm(), "one row for each UniformForm, in its order");
-static_assert(std::size(kSetValue) == static_cast<std::size_t>(UniformForm::DoubleInRange) + 1);
+static_assert(std::size(kSetValue) == static_cast<std::size_t>(UniformForm::eDoubleInRange) + 1);
 
 } // namespace
 

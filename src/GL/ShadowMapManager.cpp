@@ -13,7 +13,6 @@
 #include <QVector3D>
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 #include <numbers>
 #include <utility>

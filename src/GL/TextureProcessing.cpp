@@ -10,7 +10,6 @@
 #include "Texture.h"
 
 #include <QMessageLogger>
-#include <QStringList>
 #include <QVariant>
 
 #include <algorithm>

@@ -37,12 +37,12 @@ struct BuiltInRow
 
 // An image holds no number, so its row sets 0: sampler unit 0, which is what is wanted for it.
 constexpr BuiltInRow kBuiltIns[] = {
-    {QMetaType::Bool, UniformForm::Int},           {QMetaType::Int, UniformForm::Int},
-    {QMetaType::QImage, UniformForm::Int},         {QMetaType::UInt, UniformForm::UInt},
-    {QMetaType::Double, UniformForm::Float},       {QMetaType::Float, UniformForm::Float},
-    {QMetaType::QColor, UniformForm::Color},       {QMetaType::QVector2D, UniformForm::Vector2},
-    {QMetaType::QVector3D, UniformForm::Vector3},  {QMetaType::QVector4D, UniformForm::Vector4},
-    {QMetaType::QMatrix4x4, UniformForm::Matrix4},
+    {QMetaType::Bool, UniformForm::eInt},           {QMetaType::Int, UniformForm::eInt},
+    {QMetaType::QImage, UniformForm::eInt},         {QMetaType::UInt, UniformForm::eUInt},
+    {QMetaType::Double, UniformForm::eFloat},       {QMetaType::Float, UniformForm::eFloat},
+    {QMetaType::QColor, UniformForm::eColor},       {QMetaType::QVector2D, UniformForm::eVector2},
+    {QMetaType::QVector3D, UniformForm::eVector3},  {QMetaType::QVector4D, UniformForm::eVector4},
+    {QMetaType::QMatrix4x4, UniformForm::eMatrix4},
 };
 
 struct NamedRow
@@ -56,11 +56,11 @@ struct NamedRow
 // Qt 6 reports a generic matrix as "QGenericMatrix<3,3,float>" and not by its usual name, so the type itself counts
 // too. A ranged number counts by its alias alone: under its meta-type name it is meant to be an unknown type.
 constexpr NamedRow kNamed[] = {
-    {kMatrix3Name, &QMetaType::fromType<QMatrix3x3>, UniformForm::Matrix3},
-    {kMatrix4x2Name, &QMetaType::fromType<QMatrix4x2>, UniformForm::Matrix4x2},
-    {kMatrix2Name, &QMetaType::fromType<QMatrix2x2>, UniformForm::Matrix2},
-    {kRangedFloatAlias, nullptr, UniformForm::FloatInRange},
-    {kRangedDoubleAlias, nullptr, UniformForm::DoubleInRange},
+    {kMatrix3Name, &QMetaType::fromType<QMatrix3x3>, UniformForm::eMatrix3},
+    {kMatrix4x2Name, &QMetaType::fromType<QMatrix4x2>, UniformForm::eMatrix4x2},
+    {kMatrix2Name, &QMetaType::fromType<QMatrix2x2>, UniformForm::eMatrix2},
+    {kRangedFloatAlias, nullptr, UniformForm::eFloatInRange},
+    {kRangedDoubleAlias, nullptr, UniformForm::eDoubleInRange},
 };
 
 } // namespace
@@ -79,7 +79,7 @@ UniformForm uniformFormOf(const QVariant& value)
         std::find_if(std::begin(kNamed), std::end(kNamed),
                      [metaType, name](const NamedRow& row)
                      { return (row.type && metaType == row.type()) || (name && std::strcmp(name, row.name) == 0); });
-    return named != std::end(kNamed) ? named->form : UniformForm::None;
+    return named != std::end(kNamed) ? named->form : UniformForm::eNone;
 }
 
 } // namespace Harrow::Vrk

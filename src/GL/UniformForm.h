@@ -15,20 +15,20 @@ namespace Harrow::Vrk
 
 enum class UniformForm
 {
-    None, ///< Not a type that a uniform can take.
-    Int,
-    UInt,
-    Float,
-    Color,
-    Vector2,
-    Vector3,
-    Vector4,
-    Matrix4,
-    Matrix3,
-    Matrix4x2,
-    Matrix2,
-    FloatInRange,
-    DoubleInRange,
+    eNone, ///< Not a type that a uniform can take.
+    eInt,
+    eUInt,
+    eFloat,
+    eColor,
+    eVector2,
+    eVector3,
+    eVector4,
+    eMatrix4,
+    eMatrix3,
+    eMatrix4x2,
+    eMatrix2,
+    eFloatInRange,
+    eDoubleInRange,
 };
 
 VRKGL_EXPORT UniformForm uniformFormOf(const QVariant& value);

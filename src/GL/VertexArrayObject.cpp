@@ -10,7 +10,6 @@
 #include <QHash>
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 #include <limits>
 #include <utility>

@@ -3,6 +3,7 @@
 #include "ZelImageCubemapUtils.h"
 
 #include "AutoBinder.h"
+#include "CubemapFaces.h"
 #include "Diagnostics.h"
 #include "DrawBuffers.h"
 #include "FramebufferObject.h"
@@ -56,11 +57,6 @@ bool isWithinMaxLevel(const Texture& texture, int level)
     return (maxLevel < 1 || level <= maxLevel) && (maxLevel != 0 || level == 0);
 }
 
-GLenum faceTarget(int face)
-{
-    return GL_TEXTURE_CUBE_MAP_POSITIVE_X + static_cast<GLenum>(face);
-}
-
 // ---- copying -------------------------------------------------------------------------------------------------------
 
 bool blitFaces(const Texture& source, const Texture& destination, int level, int width, int height)
@@ -72,9 +68,10 @@ bool blitFaces(const Texture& source, const Texture& destination, int level, int
     bool isComplete = true;
     for (int face = 0; face < kCubemapFaces && isComplete; ++face)
     {
-        glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, faceTarget(face), source.textureID(), 0);
-        glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, faceTarget(face), destination.textureID(),
-                               level);
+        glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, cubemapFaceTarget(face), source.textureID(),
+                               0);
+        glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, cubemapFaceTarget(face),
+                               destination.textureID(), level);
         isComplete = glCheckFramebufferStatus(GL_DRAW_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
         if (isComplete)
             glBlitFramebuffer(0, 0, width, height, 0, 0, width, height, GL_COLOR_BUFFER_BIT, GL_LINEAR);

@@ -3,6 +3,7 @@
 
 #include "AutoBinder.h"
 #include "BufferObject.h"
+#include "CubemapFaces.h"
 #include "Diagnostics.h"
 #include "DrawBuffers.h"
 #include "FramebufferObject.h"
@@ -203,8 +204,7 @@ void ZelRenderCubemapBase::allocate(unsigned target, int internalFormat, int siz
     const unsigned type = typeFromInternalFormat(static_cast<unsigned>(internalFormat));
     if (target == GL_TEXTURE_CUBE_MAP)
         for (int face = 0; face < kCubemapFaces; ++face)
-            glTexImage2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X + static_cast<GLenum>(face), 0, internalFormat, size, size, 0,
-                         format, type, nullptr);
+            glTexImage2D(cubemapFaceTarget(face), 0, internalFormat, size, size, 0, format, type, nullptr);
     else if (target == GL_TEXTURE_CUBE_MAP_ARRAY)
         glTexImage3D(target, 0, internalFormat, size, size, layersOf(_arrayCubes), 0, format, type, nullptr);
     else
@@ -288,8 +288,7 @@ bool ZelRenderCubemapBase::attachFace(const Texture& texture) const
     const GLuint name = texture.textureID();
     if (texture.target() == GL_TEXTURE_CUBE_MAP)
     {
-        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0,
-                               GL_TEXTURE_CUBE_MAP_POSITIVE_X + static_cast<GLenum>(_face), name, 0);
+        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, cubemapFaceTarget(_face), name, 0);
         return true;
     }
     if (texture.target() == GL_TEXTURE_CUBE_MAP_ARRAY)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ZelRenderCubemapMatrices.h"
 
+#include "CubemapFaces.h"
+
 #include <algorithm>
 
 namespace Harrow::Vrk

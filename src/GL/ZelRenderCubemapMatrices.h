@@ -3,7 +3,8 @@
 
 /// \file
 /// How the faces of a cube map lie in space, in an unfolded cross and in a row: the matrices that the shaders of the
-/// cube map conversion get. Plain values, no OpenGL. Not installed.
+/// cube map conversion get. Plain values, no OpenGL. Texture coordinate v is 0 at the first row of a picture, which is
+/// its upper edge. Not installed.
 
 #include "Export.h"
 
@@ -11,10 +12,6 @@
 
 namespace Harrow::Vrk
 {
-
-/// Faces are numbered in OpenGL's order: +X, -X, +Y, -Y, +Z, -Z. Texture coordinate v is 0 at the first row of a
-/// picture, which is its upper edge.
-inline constexpr int kCubemapFaces = 6;
 
 /// From the vector (1, s, t) of a face's pixel, s and t from -1 to 1 in the order of the face's texels, to the
 /// direction that the pixel stands for.
