@@ -8,12 +8,14 @@
 #include "support/CallLog.h"
 #include "support/FakeDriver.h"
 #include "support/GLTest.h"
+#include "support/HeapCount.h"
 #include "support/LogCapture.h"
 #include "support/Picture.h"
 
 #include <QRegularExpression>
 
 #include <thread>
+#include <vector>
 
 using namespace Harrow::Vrk;
 using namespace Harrow::Vrk::Test;
@@ -126,6 +128,40 @@ TEST_F(GLUtilities, ExtensionsAreReadOncePerContext)
     EXPECT_FALSE(hasGLExtension("GL_ONE"));
     EXPECT_EQ(calls.list().size(), 4);
     GLRuntimeTestAccess::forgetExtensionsOf(&other);
+}
+
+TEST_F(GLUtilities, ContextsWithTheSameExtensionsShareTheirNames)
+{
+    if (!bytesInUse())
+        GTEST_SKIP() << "this C library does not tell what is in use";
+    constexpr int kContexts = 1000;
+    QList<QByteArray> names;
+    for (int i = 0; i < 200; ++i)
+        names.append("GL_NAME_" + QByteArray::number(i));
+    driver.setExtensions(names);
+    EXPECT_TRUE(hasGLExtension("GL_NAME_199"));
+    std::vector<char> contexts(kContexts);
+    const std::size_t before = *bytesInUse();
+    for (char& context : contexts)
+    {
+        driver.setContext(&context);
+        EXPECT_TRUE(hasGLExtension("GL_NAME_199"));
+        EXPECT_FALSE(hasGLExtension("GL_NAME_200"));
+    }
+    EXPECT_LT(*bytesInUse(), before + kContexts * 512) << "the names alone are more than ten times that";
+
+    // One that differs has its own, and changes no other's.
+    names.append("GL_NAME_200");
+    driver.setExtensions(names);
+    char other = 0;
+    driver.setContext(&other);
+    EXPECT_TRUE(hasGLExtension("GL_NAME_200"));
+    driver.setContext(contexts.data());
+    EXPECT_FALSE(hasGLExtension("GL_NAME_200"));
+
+    GLRuntimeTestAccess::forgetExtensionsOf(&other);
+    for (char& context : contexts)
+        GLRuntimeTestAccess::forgetExtensionsOf(&context);
 }
 
 TEST_F(GLUtilities, NullExtensionStringsAreSkipped)

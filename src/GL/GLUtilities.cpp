@@ -21,6 +21,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 using namespace Harrow::Vrk;
 
@@ -32,19 +33,23 @@ bool initialised = false;
 QBasicMutex extensionMutex;
 
 /// Extension names per context handle. Entries are never removed: a new context on an old handle inherits the set.
+/// Contexts with the same names share one set, some 20 KiB, or a program that makes contexts again and again would
+/// grow.
 QHash<void*, QSet<QString>>& extensionCache()
 {
     static QHash<void*, QSet<QString>> cache;
     return cache;
 }
 
-void readExtensions(QSet<QString>& names)
+QSet<QString> readExtensions()
 {
+    QSet<QString> names;
     GLint count = 0;
     Harrow::Vrk::glGetIntegerv(GL_NUM_EXTENSIONS, &count);
     for (GLint i = 0; i < count; ++i)
         if (const GLubyte* const name = Harrow::Vrk::glGetStringi(GL_EXTENSIONS, static_cast<GLuint>(i)))
             names.insert(QString::fromLatin1(reinterpret_cast<const char*>(name)));
+    return names;
 }
 
 constexpr GLEnumWord kErrorWords[] = {
@@ -134,7 +139,10 @@ bool hasGLExtension(const char* name)
             lock.unlock(); // a message handler may ask for an extension itself
         VRK_ASSERT_RETURN(_ptrc_glGetIntegerv && _ptrc_glGetStringi, false,
                           "OpenGL functions are not loaded on hasGLExtension()");
-        readExtensions(cache[context]);
+        QSet<QString> read = readExtensions();
+        if (const auto known = std::find(cache.cbegin(), cache.cend(), read); known != cache.cend())
+            read = *known;
+        cache.insert(context, std::move(read));
     }
     const auto names = cache.constFind(context);
     if (names == cache.constEnd())

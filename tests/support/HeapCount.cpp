@@ -4,6 +4,13 @@
 #include <cstdlib>
 #include <new>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#if __GLIBC_PREREQ(2, 33)
+#define VRK_TEST_HAS_MALLINFO2
+#endif
+#endif
+
 namespace
 {
 
@@ -14,7 +21,8 @@ thread_local long long allocations = 0;
 #if defined(__SANITIZE_ADDRESS__)
 
 // The sanitizer's own functions stay in their place, so that it goes on to compare what is allocated and freed how. Not
-// every compiler comes with the header that declares this.
+// every compiler comes with the header that declares these.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
                                                          void (*released)(const volatile void*));
 
@@ -74,6 +82,17 @@ HeapCount::HeapCount() : _start(allocations) {}
 long long HeapCount::soFar() const
 {
     return allocations - _start;
+}
+
+std::optional<std::size_t> bytesInUse()
+{
+#if defined(__SANITIZE_ADDRESS__)
+    return __sanitizer_get_current_allocated_bytes();
+#elif defined(VRK_TEST_HAS_MALLINFO2)
+    return mallinfo2().uordblks;
+#else
+    return {};
+#endif
 }
 
 } // namespace Harrow::Vrk::Test
