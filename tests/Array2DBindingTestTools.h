@@ -6,10 +6,10 @@
 /// with a book of handles, and the call lists of a draw.
 
 #include "Array2DTestTools.h"
+#include "CallMaskTools.h"
 #include "GLRuntimeTestAccess.h"
 #include "ShaderProgram.h"
 
-#include <QRegularExpression>
 #include <QSet>
 
 #include <array>
@@ -163,24 +163,6 @@ protected:
     Books::SlotData& slot(int index)
     {
         return *Books::allSlots(*array2D)[index];
-    }
-
-    /// With addresses as "@".
-    static QStringList masked(const QStringList& calls)
-    {
-        static const QRegularExpression address(QStringLiteral("@[0-9a-f]+"));
-        QStringList result = calls;
-        return result.replaceInStrings(address, QStringLiteral("@"));
-    }
-
-    /// A call that ends with an address.
-    static QString pointerCall(const char* function, std::initializer_list<GLint> numbers)
-    {
-        QStringList texts;
-        for (const GLint number : numbers)
-            texts.append(CallLog::call("", number).mid(1).chopped(1));
-        texts.append(QStringLiteral("@"));
-        return QString::fromLatin1(function) + QLatin1Char('(') + texts.join(QStringLiteral(", ")) + QLatin1Char(')');
     }
 
     static QStringList asking(GLuint name, const QList<const char*>& names)

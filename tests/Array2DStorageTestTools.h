@@ -32,16 +32,6 @@ struct Place
     int layers = 1;
 };
 
-/// A call that ends with an address.
-inline QString pointerCall(const char* function, std::initializer_list<GLint> numbers)
-{
-    QStringList texts;
-    for (const GLint number : numbers)
-        texts.append(CallLog::call("", number).mid(1).chopped(1));
-    texts.append(QStringLiteral("@"));
-    return QString::fromLatin1(function) + QLatin1Char('(') + texts.join(QStringLiteral(", ")) + QLatin1Char(')');
-}
-
 inline QStringList onTop(GLuint name, GLenum target)
 {
     return {activate(kTopUnit), bindName(name, target)};

@@ -3,6 +3,7 @@
 // A whole frame of the scene with records, textures and units: once warm, it allocates nothing.
 #include "GPUModelDrawingTestTools.h"
 
+#include "InstanceDataPlanTestTools.h"
 #include "SamplerTextureManager.h"
 #include "support/HeapCount.h"
 
@@ -132,10 +133,7 @@ TEST_P(GPUModelFrameTest, AWarmFrameAllocatesNothing)
     EXPECT_GT(calls.count("glBindTexture"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Carriers, GPUModelFrameTest,
-                         testing::Values(InstanceDataPlan::eUniformBufferMechanism, InstanceDataPlan::eUniformMechanism,
-                                         InstanceDataPlan::eBufferTextureMechanism,
-                                         InstanceDataPlan::eTextureMechanism));
+INSTANTIATE_TEST_SUITE_P(Carriers, GPUModelFrameTest, testing::ValuesIn(kCarriers));
 
 } // namespace
 } // namespace Harrow::Vrk::Test

@@ -96,9 +96,8 @@ protected:
     static QList<CarrierCase> carriers()
     {
         QList<CarrierCase> cases;
-        for (const Plan::MechanismType mechanism : kCarriers)
-            if (mechanism != Plan::eStorageBufferMechanism || Plan::supportsStorageMechanism())
-                cases.append({{mechanism, false}, {mechanism, true}});
+        for (const Plan::MechanismType mechanism : supportedCarriers())
+            cases.append({{mechanism, false}, {mechanism, true}});
         return cases;
     }
 

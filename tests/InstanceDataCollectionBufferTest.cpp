@@ -4,12 +4,11 @@
 #include "InstanceDataTestTools.h"
 
 #include "BufferObject.h"
+#include "CallMaskTools.h"
 #include "DrawBuffers.h"
 #include "OpenGLDeviceContext.h"
 #include "ShaderProgram.h"
 #include "UniformBufferObject.h"
-
-#include <QRegularExpression>
 
 #include <cstdio>
 #include <cstring>
@@ -71,13 +70,6 @@ protected:
     QString blockBinding(int binding = 0)
     {
         return CallLog::call("glUniformBlockBinding", program->shaderProgramID(), 0, binding);
-    }
-
-    /// The calls without addresses, which are not the same twice.
-    static QStringList masked(const CallLog& calls)
-    {
-        static const QRegularExpression address(QStringLiteral("@[0-9a-f]+"));
-        return QStringList(calls.list()).replaceInStrings(address, QStringLiteral("@"));
     }
 
     static QString bindBuffer(GLenum target, GLuint name)

@@ -10,6 +10,7 @@
 #include "AutoBinder.h"
 #include "BufferObject.h"
 #include "GLSLMacroProcessor.h"
+#include "InstanceDataPlanTestTools.h"
 #include "SamplerTextureManager.h"
 #include "ShaderProgram.h"
 #include "Texture.h"
@@ -212,14 +213,9 @@ protected:
 
 TEST_F(InstanceDataGL, EachRecordIsDrawnAtItsPlaceWithItsTextureByEachCarrier)
 {
-    QList<InstanceDataPlan::MechanismType> carriers = {
-        InstanceDataPlan::eUniformBufferMechanism, InstanceDataPlan::eUniformMechanism,
-        InstanceDataPlan::eBufferTextureMechanism, InstanceDataPlan::eTextureMechanism};
     ASSERT_EQ(InstanceDataPlan::supportsStorageMechanism(), !isFloor());
-    if (InstanceDataPlan::supportsStorageMechanism())
-        carriers.append(InstanceDataPlan::eStorageBufferMechanism);
     const auto colors = someColors(6);
-    for (const auto carrier : carriers)
+    for (const auto carrier : supportedCarriers())
     {
         build(carrier);
         collection = std::make_unique<InstanceDataCollection>(kPlanName, quads(colors));
@@ -299,8 +295,7 @@ TEST_F(InstanceDataGL, ATokenThatChangesIsShownAfterAnUpdate)
 
 TEST_F(InstanceDataGL, ACollectionThatGrowsAndShrinksIsShown)
 {
-    for (const auto carrier : {InstanceDataPlan::eUniformBufferMechanism, InstanceDataPlan::eUniformMechanism,
-                               InstanceDataPlan::eBufferTextureMechanism, InstanceDataPlan::eTextureMechanism})
+    for (const auto carrier : supportedCarriers())
     {
         build(carrier);
         collection = std::make_unique<InstanceDataCollection>(kPlanName);

@@ -36,6 +36,16 @@ inline constexpr Plan::MechanismType kCarriers[] = {Plan::eUniformBufferMechanis
 inline constexpr const char* kCarrierNames[] = {"uniform block", "plain uniforms", "buffer texture", "texture",
                                                 "storage block"};
 
+/// Those that the driver has.
+inline QList<Plan::MechanismType> supportedCarriers()
+{
+    QList<Plan::MechanismType> carriers;
+    for (const Plan::MechanismType carrier : kCarriers)
+        if (carrier != Plan::eStorageBufferMechanism || Plan::supportsStorageMechanism())
+            carriers.append(carrier);
+    return carriers;
+}
+
 inline const PlanMembers kFooMembers = {
     {Plan::eMat4, "modelMatrix"}, {Plan::eVec3, "color"}, {Plan::eTexture, "tex"}, {Plan::eFloat, "alpha"}};
 

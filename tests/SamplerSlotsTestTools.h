@@ -7,10 +7,9 @@
 
 #include "SamplerSlots.h"
 
+#include "CallMaskTools.h"
 #include "ShaderProgram.h"
 #include "TextureManagerTestTools.h"
-
-#include <QRegularExpression>
 
 #include <array>
 
@@ -100,22 +99,6 @@ protected:
     {
         program.reset();
         ManagerFixture::TearDown();
-    }
-
-    static QStringList masked(const CallLog& calls)
-    {
-        static const QRegularExpression address(QStringLiteral("@[0-9a-f]+"));
-        QStringList result = calls.list();
-        return result.replaceInStrings(address, QStringLiteral("@"));
-    }
-
-    static QString pointerCall(const char* function, std::initializer_list<GLint> numbers)
-    {
-        QStringList texts;
-        for (const GLint number : numbers)
-            texts.append(CallLog::call("", number).mid(1).chopped(1));
-        texts.append(QStringLiteral("@"));
-        return QString::fromLatin1(function) + QLatin1Char('(') + texts.join(QStringLiteral(", ")) + QLatin1Char(')');
     }
 
     static QStringList bound(int unit, GLuint name)

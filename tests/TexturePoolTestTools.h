@@ -7,10 +7,10 @@
 
 #include "TexturePool.h"
 
+#include "CallMaskTools.h"
 #include "SamplerTextureManager.h"
 #include "TextureTestTools.h"
 
-#include <QRegularExpression>
 #include <QSet>
 
 #include <memory>
@@ -56,14 +56,6 @@ namespace Harrow::Vrk::Test
 inline constexpr int kMaxSamples = 8;
 
 inline QList<GLuint> deletedNames;
-
-/// The calls, but for the addresses where answers go.
-inline QStringList shapes(const CallLog& calls)
-{
-    QStringList result = calls.list();
-    result.replaceInStrings(QRegularExpression(QStringLiteral("@[0-9a-f]+")), QStringLiteral("@"));
-    return result;
-}
 
 inline QString askSamples()
 {

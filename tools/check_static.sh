@@ -39,8 +39,11 @@ run_tidy() {
         files=${files%|}')'
     fi
     # The table of functions and the list of requirements are written by tools/generate_gl_loader.py. The log names each file.
-    run-clang-tidy-14 -quiet -j "$(nproc)" -p "$build" "^$here$files.*(?<!GLFunctionTable)(?<!GLRequirements)\.cpp\$" \
-        > "$build/tidy.log" 2> "$build/tidy.errors" || { grep -vE '^clang-tidy-14 ' "$build/tidy.log" && return 1; }
+    if ! run-clang-tidy-14 -quiet -j "$(nproc)" -p "$build" "^$here$files.*(?<!GLFunctionTable)(?<!GLRequirements)\.cpp\$" \
+        > "$build/tidy.log" 2> "$build/tidy.errors"; then
+        grep -vE '^clang-tidy-14 ' "$build/tidy.log" || tail -n 20 "$build/tidy.errors"
+        return 1
+    fi
     number=$(grep -c '^clang-tidy-14 ' "$build/tidy.log" || true)
     echo "clang-tidy has nothing to say about $number files"
     [ "$number" -gt 0 ]

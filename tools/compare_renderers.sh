@@ -30,10 +30,12 @@ trap 'rm -rf "$work"' EXIT
 sky=${3:-$work/sky.hdr}
 [ $# -eq 3 ] || "$build/bin/vrk-sky" "$work/sky.hdr" > /dev/null
 if [ $# -ge 2 ]; then
-    # A copy with a camera, among links to the files that it names.
+    # A copy with a camera, in front of its own ones, among links to the files that it names.
     folder=$(cd "$(dirname "$2")" && pwd)
-    find "$folder" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work" {} +
-    model="$work/compared.${2##*.}" camera=compared
+    mkdir "$work/model"
+    find "$folder" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work/model" {} +
+    model="$work/model/compared.${2##*.}" camera=compared
+    rm -f "$model" # were it a link, its file would be written to
     python3 "$here/add_gltf_camera.py" "$2" "$model" "${AZIMUTH:-35}" "${ELEVATION:-22}" \
         "$(python3 -c "print(${size/x/ / })")"
 else

@@ -69,7 +69,7 @@ static InstanceDataPlan* registerPlan()
     auto* const plan = new InstanceDataPlan("Cell");
     plan->addMember(InstanceDataPlan::eTexture, "Picture");
     plan->setMechanism(InstanceDataPlan::eBufferTextureMechanism); // thousands of records on every driver
-    plan->setArraySize(kColumns * kRows);
+    plan->setArraySize(std::size_t(kColumns) * kRows);
     InstanceDataRegistry::Instance().registerPlan(plan);
     return plan;
 }

@@ -44,7 +44,7 @@ static void misuse(Guide& guide)
 {
     const auto buffer = OpenGLDeviceContext::current()->newBuffer();
     guide.expect(!buffer->bind(), "a buffer without a target is not bound");
-    guide.expect(told("^critical: \\[BufferObject.cpp:\\d+\\] \\[ !! \\] Assertion '.*_target' failed: ") ==
+    guide.expect(told(R"(^critical: \[BufferObject.cpp:\d+\] \[ !! \] Assertion '.*_target' failed: )") ==
                      isLoggingEnabled(),
                  "the assertion names place, condition and reason");
 }
@@ -53,7 +53,7 @@ static void misuse(Guide& guide)
 static void loseFile(Guide& guide)
 {
     guide.expect(!LoadTextureFromFile("no-such-file.png", TextureFileInfo()), "there is no such file");
-    guide.expect(told("^warning: \\[TextureIO.cpp:\\d+\\] File no-such-file.png not found$") == isLoggingEnabled(),
+    guide.expect(told(R"(^warning: \[TextureIO.cpp:\d+\] File no-such-file.png not found$)") == isLoggingEnabled(),
                  "the warning names the file");
 }
 
@@ -71,7 +71,7 @@ static void askForErrors(Guide& guide)
 {
     glBindBuffer(GL_RGBA, 0);
     guide.expect(hasGLError(__FILE__, __LINE__), "no buffer goes there");
-    guide.expect(told("^warning: \\[.*messages.cpp:\\d+\\] glError: 0x500 '"), "the error is told, with our place");
+    guide.expect(told(R"(^warning: \[.*messages.cpp:\d+\] glError: 0x500 ')"), "the error is told, with our place");
     guide.expect(!hasGLError(__FILE__, __LINE__), "and told once");
 }
 
@@ -80,9 +80,9 @@ static void haveDriverReport(Guide& guide)
 {
     const EGLint attributes[] = {
         EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 2, EGL_CONTEXT_OPENGL_DEBUG, EGL_TRUE, EGL_NONE};
-    const EGLDisplay display = eglGetCurrentDisplay();
-    const EGLContext before = eglGetCurrentContext();
-    const EGLContext debug = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
+    EGLDisplay display = eglGetCurrentDisplay();
+    EGLContext before = eglGetCurrentContext();
+    EGLContext debug = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
     eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, debug);
     const bool reports = initializeGLDebugging();
     glBindBuffer(GL_RGBA, 0);

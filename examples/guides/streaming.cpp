@@ -38,7 +38,7 @@ void main()
 class BarStreamer : public TextureStreamer
 {
 public:
-    BarStreamer() : TextureStreamer(nullptr), _texels(kBars * kBars * 4)
+    BarStreamer() : TextureStreamer(nullptr), _texels(size_t(4) * kBars * kBars)
     {
         create2D(GL_TEXTURE_2D, GL_RGBA8, kBars, kBars); // nearest filtering, and no level but this
     }
@@ -47,9 +47,9 @@ public:
     {
         for (int y = 0; y < kBars; ++y)
             for (int channel = 0; channel < 4; ++channel)
-                _texels[size_t(4 * (y * kBars + bar) + channel)] = uchar(channel == 3 ? 255
-                                                                         : y < length ? 160 + 5 * bar
-                                                                                      : 40);
+                _texels[size_t(4) * size_t(y * kBars + bar) + size_t(channel)] = uchar(channel == 3 ? 255
+                                                                                       : y < length ? 160 + 5 * bar
+                                                                                                    : 40);
         _changed = true;
     }
 

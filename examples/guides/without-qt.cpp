@@ -126,10 +126,11 @@ static bool drawInBoth(EGLDisplay display, EGLContext first, EGLContext second)
 
 int main()
 {
-    const EGLDisplay display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+    EGLDisplay display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
     if (!eglInitialize(display, nullptr, nullptr) || !eglBindAPI(EGL_OPENGL_API))
         return 1;
-    const EGLContext first = newContext(display, EGL_NO_CONTEXT), second = newContext(display, first);
+    EGLContext first = newContext(display, EGL_NO_CONTEXT);
+    EGLContext second = newContext(display, first);
     if (!first || !second || !makeCurrent(display, first) || !initializeGLFunctions())
         return 1;
     const bool right = GLContextTracker::currentContext() == first && drawInBoth(display, first, second);

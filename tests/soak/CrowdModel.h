@@ -11,7 +11,7 @@
 #include <QMatrix4x4>
 #include <QSharedPointer>
 
-#include <memory>
+#include <cstddef>
 #include <vector>
 
 namespace Harrow::Vrk
@@ -42,7 +42,7 @@ public:
 
     /// \name What comes and goes
     ///@{
-    /// One more list, unless there are many.
+    /// One more list. Where there are many already all begin anew.
     void addPart(Random& random);
     void hideOrShow(Random& random);
     void replaceRecords(Random& random);
@@ -61,11 +61,6 @@ public:
     void draw(Harrow::Vrk::ShaderProgram& program);
     void finish();
     ///@}
-
-    int partCount() const
-    {
-        return int(_parts.size());
-    }
 
 private:
     struct MeshOnGpu

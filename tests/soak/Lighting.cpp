@@ -101,7 +101,7 @@ void Lighting::change(Random& random)
 {
     clear();
     _isVariance = random.oneIn(2);
-    for (int count = random.below(kMostLights); count > 0; --count)
+    for (int count = random.below(kMostLights + 1); count > 0; --count)
         _lights.push_back(makeLight(random, _bounds));
     upload();
     if (_lights.empty())

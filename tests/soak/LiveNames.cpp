@@ -18,13 +18,15 @@ namespace
 // suits contexts that all share.
 using Name = std::pair<void*, std::uintptr_t>;
 
-std::array<std::set<Name>, std::size_t(NameKind::Count)> living;
+// One name counts more than once where it was left behind in a context that went, and a new one has come to its
+// address.
+std::array<std::multiset<Name>, std::size_t(NameKind::Count)> living;
 long long made = 0;
 Harrow::Vrk::GLPlatform* platform = nullptr;
 
 constexpr bool isOfOneContext(NameKind kind)
 {
-    return kind == NameKind::VertexArray || kind == NameKind::Framebuffer;
+    return kind == NameKind::VertexArray || kind == NameKind::Framebuffer || kind == NameKind::Query;
 }
 
 Name nameOf(NameKind kind, std::uintptr_t name)
@@ -42,7 +44,9 @@ void added(NameKind kind, std::uintptr_t name)
 
 void removed(NameKind kind, std::uintptr_t name)
 {
-    living[std::size_t(kind)].erase(nameOf(kind, name));
+    auto& ofKind = living[std::size_t(kind)];
+    if (const auto found = ofKind.find(nameOf(kind, name)); found != ofKind.end())
+        ofKind.erase(found);
 }
 
 template <NameKind Kind> struct Generate
@@ -153,6 +157,13 @@ const std::map<std::string_view, Wrap>& wraps()
     return table;
 }
 
+/// What the library is to call for `name`, which is found at `address`.
+void* counted(const char* name, void* address)
+{
+    const auto found = wraps().find(name);
+    return found == wraps().end() || LiveNames::isMissing(address) ? address : found->second(address);
+}
+
 } // namespace
 
 NameCounts LiveNames::counts()
@@ -171,17 +182,13 @@ long long LiveNames::madeInAll()
 void* LiveNames::procAddress(const char* name)
 {
     platform = this;
-    void* const address = _inner.procAddress(name);
-    const auto found = wraps().find(name);
-    return found == wraps().end() || isMissing(address) ? address : found->second(address);
+    return counted(name, _inner.procAddress(name));
 }
 
 void* LiveNames::moduleSymbol(const char* name)
 {
     platform = this;
-    void* const address = _inner.moduleSymbol(name);
-    const auto found = wraps().find(name);
-    return found == wraps().end() || isMissing(address) ? address : found->second(address);
+    return counted(name, _inner.moduleSymbol(name));
 }
 
 void* LiveNames::currentContext()

@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 
 namespace vrksoak
 {
@@ -18,9 +17,6 @@ using namespace Harrow::Vrk;
 
 namespace
 {
-
-constexpr const char* kNames[] = {"none", "texture", "buffer", "token", "unit", "memory", "error", "message"};
-static_assert(std::size(kNames) == std::size_t(Plant::Count), "one name for each plant");
 
 constexpr std::size_t kLostBytes = 128 * 1024;
 
@@ -63,20 +59,6 @@ void loseUnit()
 
 } // namespace
 
-QStringList plantNames()
-{
-    QStringList names;
-    for (const char* const name : kNames)
-        names.append(QLatin1String(name));
-    return names;
-}
-
-std::optional<Plant> plantOf(const QString& name)
-{
-    const qsizetype index = plantNames().indexOf(name);
-    return index < 0 ? std::nullopt : std::optional(Plant(index));
-}
-
 void makeFault(Plant plant, TextureManager& manager)
 {
     switch (plant)
@@ -103,7 +85,6 @@ void makeFault(Plant plant, TextureManager& manager)
         Texture(0u, nullptr).isBound();
         break;
     case Plant::None:
-    case Plant::Count:
         break;
     }
 }

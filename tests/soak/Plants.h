@@ -2,10 +2,7 @@
 // Faults made on purpose, to see that they are found.
 #pragma once
 
-#include <QString>
-#include <QStringList>
-
-#include <optional>
+#include "CommandLine.h"
 
 namespace Harrow::Vrk
 {
@@ -25,11 +22,12 @@ enum class Plant
     Memory,  ///< bytes
     Error,   ///< a call that OpenGL refuses
     Message, ///< a broken precondition
-    Count
 };
 
-QStringList plantNames();
-std::optional<Plant> plantOf(const QString& name);
+inline constexpr vrkview::Choice<Plant> kPlants[] = {
+    {"none", Plant::None}, {"texture", Plant::Texture}, {"buffer", Plant::Buffer}, {"token", Plant::Token},
+    {"unit", Plant::Unit}, {"memory", Plant::Memory},   {"error", Plant::Error},   {"message", Plant::Message},
+};
 
 /// Makes the fault once. `manager` is that of the stage.
 void makeFault(Plant plant, Harrow::Vrk::TextureManager& manager);

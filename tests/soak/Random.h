@@ -3,7 +3,9 @@
 // distributions, which every library has its own of.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <random>
 
 namespace vrksoak

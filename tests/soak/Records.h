@@ -6,9 +6,8 @@
 
 #include "TextureToken.h"
 
-#include <QString>
-
 #include <QList>
+#include <QString>
 
 namespace Harrow::Vrk
 {

@@ -3,14 +3,14 @@
 
 #include "Actions.h"
 #include "BareEpisode.h"
+#include "Chances.h"
+#include "Choices.h"
 #include "ProcessMemory.h"
 #include "Random.h"
 #include "Stage.h"
 #include "Trend.h"
 #include "ViewerEpisode.h"
 
-#include "DrawBuffers.h"
-#include "InstanceDataPlan.h"
 #include "Texture.h"
 
 #include <algorithm>
@@ -21,18 +21,16 @@ namespace vrksoak
 {
 
 using namespace Harrow::Vrk;
-using vrkview::ManagerKind;
-using vrkview::RecordCarrier;
 
 namespace
 {
 
-// Every so many episodes one is the viewer's, and every so many of the others is long, with rests in between.
+// Every so many episodes one is the viewer's, which has fewer frames, since they are dear.
 constexpr int kViewerEvery = 4;
-constexpr int kLongEvery = 5;
-
-// Its frames are dear.
 constexpr int kViewerShare = 8;
+
+// Of the others by chance one in so many is long, with rests in between.
+constexpr int kLongEvery = 5;
 constexpr int kRestsOfLong = 5;
 
 // Frames from one planted fault to the next.
@@ -59,17 +57,11 @@ constexpr std::size_t kTableRows = 24;
 StageSettings chooseSettings(Random& random, const SoakOptions& options)
 {
     StageSettings settings;
-    settings.manager = options.manager.value_or(random.oneIn(2) ? ManagerKind::Array2D : ManagerKind::Sampler);
-    const int carriers = InstanceDataPlan::supportsStorageMechanism() ? 5 : 4;
-    settings.carrier = RecordCarrier(random.below(carriers));
-    settings.byBaseInstance = DrawBuffers::isBaseInstanceDrawingSupported() && random.oneIn(3);
-    settings.crowd = 24 + random.below(60);
+    settings.manager = chooseManager(random, options.manager);
+    settings.carrier = chooseCarrier(random);
+    settings.byBaseInstance = chooseBaseInstance(random);
+    settings.crowd = chooseCrowd(random);
     return settings;
-}
-
-bool copiesTextures(ManagerKind kind)
-{
-    return kind == ManagerKind::Array2D || kind == ManagerKind::Array2DBindless;
 }
 
 /// Without the textures that a manager of layers keeps for the next ones.
@@ -97,7 +89,7 @@ bool Soak::run()
     _timer.start();
     for (_episode = _options.firstEpisode; goesOn(); ++_episode)
     {
-        Random random(_options.seed, std::uint64_t(_episode));
+        Random random(std::uint64_t(_options.seed), std::uint64_t(_episode));
         _framesOfEpisode = 0;
         checkpoint(playEpisode(random));
     }
@@ -152,7 +144,7 @@ QString Soak::playStage(Random& random)
     for (int i = 0; i < rests; ++i)
     {
         playFrames(stage, random);
-        rest(stage, atRests, copiesTextures(settings.manager));
+        rest(stage, atRests, vrkview::usesArrays(settings.manager));
     }
     return settings.text();
 }
@@ -162,7 +154,8 @@ void Soak::playFrames(Stage& stage, Random& random)
     for (int i = 0; i < _options.frames; ++i)
     {
         const int frame = int(_framesOfEpisode++);
-        act(stage, random);
+        act(stage, random, frame);
+        _watch.now(_episode, frame, "planted");
         if (frame % kPlantEvery == 0)
             makeFault(_options.plant, stage.manager());
         _watch.now(_episode, frame, "frame");
@@ -174,10 +167,10 @@ void Soak::playFrames(Stage& stage, Random& random)
     }
 }
 
-void Soak::act(Stage& stage, Random& random)
+void Soak::act(Stage& stage, Random& random, int frame)
 {
     const std::size_t chosen = chooseAction(random);
-    _watch.now(_episode, int(_framesOfEpisode), action(chosen).name);
+    _watch.now(_episode, frame, action(chosen).name);
     ActionScope scope{stage, random, _context, {}};
     action(chosen).perform(scope);
     if (!scope.error.isEmpty())

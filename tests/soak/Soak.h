@@ -46,7 +46,7 @@ private:
     QString playEpisode(Random& random);
     QString playStage(Random& random);
     void playFrames(Stage& stage, Random& random);
-    void act(Stage& stage, Random& random);
+    void act(Stage& stage, Random& random, int frame);
     void rest(Stage& stage, std::vector<Balance>& rests, bool copies);
     QString playViewerEpisode(Random& random, const std::function<void(int frame)>& afterFrame);
     void checkpoint(const QString& played);

@@ -8,7 +8,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <cstdint>
 #include <optional>
 
 namespace vrksoak
@@ -17,7 +16,7 @@ namespace vrksoak
 struct SoakOptions
 {
     int seconds = 60;
-    std::uint64_t seed = 1;
+    int seed = 1;
     std::optional<vrkview::ManagerKind> manager; ///< drawn by chance unless named
     int frames = 100;                            ///< between two checkpoints
     int firstEpisode = 0;                        ///< to come to a fault again without what was before it

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Stage.h"
 
+#include "Choices.h"
 #include "Crowd.h"
 #include "OrbitCamera.h"
 #include "Random.h"
@@ -36,9 +37,6 @@ constexpr QSize kSizes[] = {{320, 180}, {160, 90}, {200, 200}, {320, 180}, {64, 
 constexpr int kFramesOfView = 8;
 constexpr float kDegreesOfView = 3.0f;
 
-constexpr const char* kManagers[] = {"sampler", "array2d", "array2d-bindless", "bindless"};
-constexpr const char* kCarriers[] = {"uniform block", "uniforms", "buffer texture", "texture", "storage block"};
-
 std::unique_ptr<Texture> newTarget(GLint internalFormat, int width, int height)
 {
     auto texture = std::make_unique<Texture>(nullptr);
@@ -46,12 +44,22 @@ std::unique_ptr<Texture> newTarget(GLint internalFormat, int width, int height)
     return texture;
 }
 
+/// A manager that says where its tokens end.
+template <typename Manager> class CountedTokens final : public Manager
+{
+public:
+    quint64 end() const
+    {
+        return this->maxToken().token;
+    }
+};
+
 } // namespace
 
 QString StageSettings::text() const
 {
     return QStringLiteral("%1, %2, %3, crowd of %4")
-        .arg(QLatin1String(kManagers[int(manager)]), QLatin1String(kCarriers[int(carrier)]),
+        .arg(vrkview::wordOf(vrkview::kManagers, manager), vrkview::wordOf(vrkview::kRecordCarriers, carrier),
              QLatin1String(byBaseInstance ? "base instance" : "draw id"))
         .arg(crowd);
 }
@@ -80,15 +88,22 @@ bool Stage::create(const StageSettings& settings, QString& error)
     _records = std::make_unique<Records>();
     if (!_records->create(settings.carrier, error) || !createManager(settings.manager, error))
         return false;
-    const bool copies = settings.manager == ManagerKind::Array2D || settings.manager == ManagerKind::Array2DBindless;
-    _wardrobe = std::make_unique<Wardrobe>(*_manager, copies);
+    _wardrobe = std::make_unique<Wardrobe>(*_manager, vrkview::usesArrays(settings.manager));
     const TextureToken white = _manager->tokenForColor(Qt::white);
     _manager->textureForToken(white);
     _crowd = std::make_unique<CrowdModel>(_model, *_records, *_manager, settings.byBaseInstance, white);
     _lighting = std::make_unique<Lighting>(_model.bounds);
-    _nextTokenAtStart = nextToken();
+    _tokenEndAtStart = _tokenEnd();
     return _lighting->create(error) && createTarget(kSizes[0].width(), kSizes[0].height(), error) &&
            buildPrograms(0, error);
+}
+
+template <typename Manager> Manager& Stage::newManager()
+{
+    const auto manager = std::make_shared<CountedTokens<Manager>>();
+    _manager = manager;
+    _tokenEnd = [made = manager.get()] { return made->end(); };
+    return *manager;
 }
 
 bool Stage::createManager(ManagerKind kind, QString& error)
@@ -101,29 +116,19 @@ bool Stage::createManager(ManagerKind kind, QString& error)
         return false;
     }
     if (kind == ManagerKind::Sampler)
-        _manager = std::make_shared<SamplerTextureManager>();
+        newManager<SamplerTextureManager>();
     else if (kind == ManagerKind::Bindless)
-        _manager = std::make_shared<BindlessTextureManager>();
+        newManager<BindlessTextureManager>();
     else
     {
-        const auto arrays = std::make_shared<Array2DTextureManager>();
-        arrays->setMaxSlots(kArraySlots);
-        arrays->setUseExplicitlyArrayAccessInGLSL(true);
+        Array2DTextureManager& arrays = newManager<Array2DTextureManager>();
+        arrays.setMaxSlots(kArraySlots);
+        arrays.setUseExplicitlyArrayAccessInGLSL(true);
         if (wantsArrayHandles)
-            arrays->setBindMode(Array2DTextureManager::BindBindless);
-        _manager = arrays;
+            arrays.setBindMode(Array2DTextureManager::BindBindless);
     }
     TextureManager::setInstance(_manager.get());
     return true;
-}
-
-/// The number of the token that is issued next, which grows when tokens are kept.
-quint64 Stage::nextToken()
-{
-    auto* const probe = new Texture(nullptr);
-    const quint64 number = _manager->tokenForTexture(probe).token;
-    _manager->deleteTexture(probe);
-    return number;
 }
 
 // ---- programs ------------------------------------------------------------------------------------------------------
@@ -277,9 +282,10 @@ bool Stage::rest(QString& error)
     OpenGLDeviceContext::resetContext();
     if (!buildPrograms(0, error))
         return false;
-    const quint64 next = nextToken();
-    if (next != _nextTokenAtStart)
-        error = QStringLiteral("%1 tokens are not given back").arg(qint64(next - _nextTokenAtStart));
+    if (const quint64 end = _tokenEnd(); end != _tokenEndAtStart)
+        error = QStringLiteral("tokens are not given back: they end at %1, and not at %2 as at the start")
+                    .arg(end)
+                    .arg(_tokenEndAtStart);
     return error.isEmpty();
 }
 

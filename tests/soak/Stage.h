@@ -13,6 +13,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 namespace Harrow::Vrk
@@ -87,17 +88,19 @@ private:
         std::unique_ptr<Harrow::Vrk::ShaderProgram> depth;
     };
 
+    template <typename Manager> Manager& newManager();
     bool createManager(vrkview::ManagerKind kind, QString& error);
     std::unique_ptr<Harrow::Vrk::ShaderProgram> newProgram(Programs& programs, const QString& fragmentName) const;
     bool createTarget(int width, int height, QString& error);
     void destroyTarget();
     void drawDepth(const QMatrix4x4& clipFromWorld);
     void drawCrowd(const QMatrix4x4& clipFromWorld);
-    quint64 nextToken();
 
     StageSettings _settings;
     vrkview::Model _model;
     std::shared_ptr<Harrow::Vrk::TextureManager> _manager; // not shared, but it knows how its kind is deleted
+    std::function<quint64()> _tokenEnd;                    // of the manager: one past the highest token in use
+    quint64 _tokenEndAtStart = 0;
     std::unique_ptr<Records> _records;
     std::unique_ptr<CrowdModel> _crowd;
     std::unique_ptr<Wardrobe> _wardrobe;
@@ -109,7 +112,6 @@ private:
     int _width = 0;
     int _height = 0;
     int _look = 0;
-    quint64 _nextTokenAtStart = 0;
 };
 
 } // namespace vrksoak

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "Trend.h"
-#include "SoakOptions.h"
 
 #include <gtest/gtest.h>
 
@@ -71,41 +70,4 @@ TEST(SoakTrend, OutliersDoNotHideARise)
 TEST(SoakTrend, AFallIsFlat)
 {
     EXPECT_TRUE(Trend(row(30, 10000.0, -50.0)).isFlat(0.0));
-}
-
-TEST(SoakOptions, DefaultsJudgeEverythingAndPlantNothing)
-{
-    QString error;
-    const auto options = parseSoakOptions({QStringLiteral("vrk_soak")}, error);
-    ASSERT_TRUE(options) << qPrintable(error);
-    EXPECT_TRUE(options->judgesMemory);
-    EXPECT_EQ(options->plant, Plant::None);
-    EXPECT_FALSE(options->manager);
-}
-
-TEST(SoakOptions, ArgumentsAreRead)
-{
-    QString error;
-    const auto options = parseSoakOptions(
-        {"vrk_soak", "--seconds", "7", "--seed", "12", "--manager", "array2d", "--plant", "token", "--no-memory"},
-        error);
-    ASSERT_TRUE(options) << qPrintable(error);
-    EXPECT_EQ(options->seconds, 7);
-    EXPECT_EQ(options->seed, 12u);
-    EXPECT_EQ(options->manager, vrkview::ManagerKind::Array2D);
-    EXPECT_EQ(options->plant, Plant::Token);
-    EXPECT_FALSE(options->judgesMemory);
-}
-
-TEST(SoakOptions, WhatMeansNothingIsRefused)
-{
-    const QStringList wrong[] = {{"vrk_soak", "--seconds", "0"}, {"vrk_soak", "--seed", "x"},
-                                 {"vrk_soak", "--manager", "x"}, {"vrk_soak", "--plant", "x"},
-                                 {"vrk_soak", "--what"},         {"vrk_soak", "stray"}};
-    for (const QStringList& arguments : wrong)
-    {
-        QString error;
-        EXPECT_FALSE(parseSoakOptions(arguments, error)) << qPrintable(arguments.join(' '));
-        EXPECT_FALSE(error.isEmpty()) << qPrintable(arguments.join(' '));
-    }
 }

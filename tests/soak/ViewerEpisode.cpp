@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ViewerEpisode.h"
 
+#include "Chances.h"
 #include "Random.h"
 
 #include "Crowd.h"
@@ -31,15 +32,15 @@ Model chooseModel(Random& random)
         return makeScreenWall();
     if (random.oneIn(4))
         return makeTextureWall(6);
-    return makeCrowd(24 + random.below(60));
+    return makeCrowd(chooseCrowd(random));
 }
 
 RenderSettings chooseSettings(Random& random, std::optional<ManagerKind> manager)
 {
     RenderSettings settings;
-    settings.manager = manager.value_or(random.oneIn(2) ? ManagerKind::Array2D : ManagerKind::Sampler);
-    settings.recordCarrier = RecordCarrier(random.below(5));
-    if (random.oneIn(3))
+    settings.manager = chooseManager(random, manager);
+    settings.recordCarrier = chooseCarrier(random);
+    if (chooseBaseInstance(random))
         settings.drawIdCarrier = DrawIdCarrier::BaseInstance;
     settings.gizmos = random.oneIn(3);
     settings.shadows = random.oneIn(2);

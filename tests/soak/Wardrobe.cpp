@@ -17,6 +17,7 @@
 #include "TextureManager.h"
 
 #include <QColor>
+#include <QImage>
 
 #include <algorithm>
 #include <bit>

@@ -5,7 +5,6 @@
 
 #include "TextureToken.h"
 
-#include <QImage>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -33,7 +32,8 @@ public:
     ~Wardrobe();
 
     /// \name What comes
-    /// Each gives the token, or `INVALID_TOKEN` while there are many textures already.
+    /// Each gives the token, or `INVALID_TOKEN` where nothing has come: there is enough of the kind or of all, or the
+    /// manager does not know the kind.
     ///@{
     Harrow::Vrk::TextureToken addMade(Random& random);
     Harrow::Vrk::TextureToken addFromImage(Random& random);
@@ -47,10 +47,6 @@ public:
 
     /// A token that is here, or `INVALID_TOKEN`.
     Harrow::Vrk::TextureToken some(Random& random) const;
-    bool isEmpty() const
-    {
-        return _entries.empty();
-    }
 
     /// \name What happens to them
     ///@{

@@ -5,6 +5,7 @@
 #include "Soak.h"
 #include "SoakOptions.h"
 
+#include "Diagnostics.h"
 #include "GLUtilities.h"
 #include "TextureIO.h"
 #include "support/HeadlessContext.h"
@@ -38,6 +39,8 @@ void forgoShaderCache()
 
 int run(const SoakOptions& options)
 {
+    if (!isLoggingEnabled())
+        return refuse(QStringLiteral("VRK_ENABLE_LOGGING is off, so the library would not say what is wrong"));
     forgoShaderCache();
     static LiveNames names(Harrow::Vrk::GLPlatform::native());
     Harrow::Vrk::GLPlatform::install(&names);
