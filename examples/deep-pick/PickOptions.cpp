@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "PickOptions.h"
 
+#include <Choices.h>
 #include <CommandLine.h>
 
 #include <QCommandLineParser>
@@ -19,11 +20,6 @@ constexpr int kLargestSide = 1 << 15;
 constexpr int kMostRoom = 1 << 26;
 constexpr float kMostDegrees = 3600.0f;
 
-constexpr vrkview::Choice<vrkview::UpAxis> kUpAxes[] = {
-    {"y", vrkview::UpAxis::Y},
-    {"z", vrkview::UpAxis::Z},
-};
-
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription(QStringLiteral(
@@ -41,7 +37,9 @@ void describe(QCommandLineParser& parser)
          QStringLiteral("degrees")},
         {QStringLiteral("elevation"), QStringLiteral("How far the eye stands above the model, -90 to 90."),
          QStringLiteral("degrees")},
-        {QStringLiteral("up"), QStringLiteral("The model's upward axis: y or z."), QStringLiteral("axis")},
+        {QStringLiteral("up"),
+         QStringLiteral("The model's upward axis: %1.").arg(vrkview::words(vrkview::kUpAxes, QStringLiteral(" or "))),
+         QStringLiteral("axis")},
         {QStringLiteral("check"),
          QStringLiteral("Cast a ray through the pixel on the CPU in double precision too, print what it meets and how "
                         "far that is off, and fail where it is off by more than the rasteriser's grid and the rounding "
@@ -89,7 +87,7 @@ ParsedPickOptions parsePickOptions(const QStringList& arguments)
     readPixel(reader, options.pixel);
     reader.read("azimuth", -kMostDegrees, kMostDegrees, options.azimuth);
     reader.read("elevation", -90.0f, 90.0f, options.elevation);
-    reader.read("up", kUpAxes, options.upAxis);
+    reader.read("up", vrkview::kUpAxes, options.upAxis);
     reader.read("output", "a file name", options.outputPath);
     reader.read("room", 1, kMostRoom, options.room);
     options.check = parser.isSet(QStringLiteral("check"));

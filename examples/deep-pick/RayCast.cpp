@@ -194,8 +194,8 @@ RayCast::Ray RayCast::rayThrough(double x, double y) const
 /// Of a place so far from the eye, along the view: 0 at the near plane, 1 at the far plane.
 double RayCast::depthAt(double distance) const
 {
-    const double a = double(_view.clipFromView(2, 2));
-    const double b = double(_view.clipFromView(2, 3));
+    const auto a = double(_view.clipFromView(2, 2));
+    const auto b = double(_view.clipFromView(2, 3));
     return 0.5 + 0.5 * (b / distance - a);
 }
 
@@ -309,7 +309,7 @@ void RayCast::addHit(const Surface& surface, double x, double y, RayHit hit, std
 RayHit::Amounts RayCast::allowedAt(const Surface& surface, const RayHit& hit, const std::array<double, 3>& shares,
                                    double x, double y) const
 {
-    const double world = double(_scene.worldFromScene);
+    const auto world = double(_scene.worldFromScene);
     const Vector3 position = (1.0 / world) * hit.position;
 
     // How far from there the plane of the triangle is within reach. Depths are of the size of 1.

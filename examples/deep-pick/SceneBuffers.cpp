@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "SceneBuffers.h"
 
+#include <FilledBuffer.h>
 #include <Terminal.h>
 
 #include <VrkGL/AutoBinder.h>
@@ -21,25 +22,13 @@ namespace deeppick
 {
 
 using namespace Harrow::Vrk;
+using vrkview::newFilledBuffer;
 
 namespace
 {
 
 const QString kModelMatrix = QStringLiteral("ModelMatrix");
 const QString kLabel = QStringLiteral("Label"); // number of the object's name, then of the instance
-
-template <typename Value> QSharedPointer<BufferObject> newBuffer(GLenum target, const std::vector<Value>& values)
-{
-    QSharedPointer<BufferObject> buffer = OpenGLDeviceContext::current()->newBuffer();
-    // Filled through a target of its own: an element buffer bound here would belong to whatever vertex array is bound.
-    buffer->setTarget(GL_COPY_WRITE_BUFFER);
-    {
-        const AutoBinder bound(buffer);
-        buffer->uploadArbitraryData(values.data(), int(values.size()), GL_STATIC_DRAW, sizeof(Value));
-    }
-    buffer->setTarget(target);
-    return buffer;
-}
 
 } // namespace
 
@@ -70,10 +59,10 @@ bool SceneBuffers::create(const PickScene& scene, QString& error)
     while (glGetError() != GL_NO_ERROR)
     {
     }
-    addLookup("u_VertexBuffer", GL_RGBA32F, newBuffer(GL_ARRAY_BUFFER, scene.positions));
-    addLookup("u_NormalBuffer", GL_RGBA32F, newBuffer(GL_ARRAY_BUFFER, scene.normals));
-    addLookup("u_texCoordBuffer", GL_RG32F, newBuffer(GL_ARRAY_BUFFER, scene.texCoords));
-    addLookup("u_IndexBuffer", GL_R32I, newBuffer(GL_ELEMENT_ARRAY_BUFFER, scene.indices));
+    addLookup("u_VertexBuffer", GL_RGBA32F, newFilledBuffer(GL_ARRAY_BUFFER, scene.positions));
+    addLookup("u_NormalBuffer", GL_RGBA32F, newFilledBuffer(GL_ARRAY_BUFFER, scene.normals));
+    addLookup("u_texCoordBuffer", GL_RG32F, newFilledBuffer(GL_ARRAY_BUFFER, scene.texCoords));
+    addLookup("u_IndexBuffer", GL_R32I, newFilledBuffer(GL_ELEMENT_ARRAY_BUFFER, scene.indices));
     createRecords(scene);
     createDraws(scene, _lookups.back().buffer);
     if (glGetError() == GL_NO_ERROR)

@@ -23,7 +23,7 @@ constexpr double kFewestTexels = 1024.0;
 // Of a narrower one the middle is sampled, as far out as so many texels; there the weight hardly changes within a
 // texel, and the rest is a sum. Without that sum a lamp that only the rim of the lobe sees would be found by luck.
 constexpr double kReachInTexels = 16.0;
-constexpr std::size_t kMostTexels = 6 * 256 * 256;
+constexpr std::size_t kMostTexels = std::size_t(6) * 256 * 256;
 
 // ---- shading models ------------------------------------------------------------------------------------------------
 
@@ -212,8 +212,9 @@ ReferenceFilter::ReferenceFilter(const ReferenceEnvironment& environment, const 
 
 void ReferenceFilter::makeSamples()
 {
+    _texels = &_environment.texels().front();
     for (const std::vector<EnvironmentTexel>& texels : _environment.texels())
-        if (!_texels || _texels->size() > kMostTexels)
+        if (_texels->size() > kMostTexels)
             _texels = &texels;
     const double texelSide = std::sqrt(4.0 * kPi / double(_texels->size()));
     _reach = std::cos(std::min(kReachInTexels * texelSide, 0.5 * kPi));

@@ -43,7 +43,7 @@ QString folderFault(const QString& path)
         return QStringLiteral("there is no folder '%1'").arg(info.path());
     if (isMade && !QDir().mkdir(path))
         return QStringLiteral("the folder cannot be made");
-    const QString fault = vrkview::pictureFault(QDir(path).filePath(QStringLiteral("vrk-envmap-trial.png")));
+    QString fault = vrkview::pictureFault(QDir(path).filePath(QStringLiteral("vrk-envmap-trial.png")));
     if (isMade)
         QDir().rmdir(path);
     return fault;

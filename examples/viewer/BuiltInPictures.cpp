@@ -57,8 +57,10 @@ template <typename Color> QImage makePicture(int width, int height, const Color&
             QVector3D sum;
             for (int sample = 0; sample < kSamples * kSamples; ++sample)
             {
-                const float dx = (float(sample % kSamples) + 0.5f) / kSamples;
-                const float dy = (float(sample / kSamples) + 0.5f) / kSamples;
+                const int column = sample % kSamples;
+                const int row = sample / kSamples;
+                const float dx = (float(column) + 0.5f) / kSamples;
+                const float dy = (float(row) + 0.5f) / kSamples;
                 sum += color((float(x) + dx) / float(width), (float(y) + dy) / float(height));
             }
             const QVector3D mean = sum / float(kSamples * kSamples);

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The words of what can be chosen, in the order in which the window goes through them: the command line takes them, and
-// the window shows them.
+// The words of what can be chosen: command lines take them, and the window shows those that it can switch, in the order
+// in which it goes through them.
 #pragma once
 
 #include "CommandLine.h"
+#include "ModelReader.h"
 #include "RenderSettings.h"
 
 #include <QString>
@@ -15,6 +16,11 @@ namespace vrkview
 
 /// How far the exposure can go up and down.
 constexpr float kMostStops = 24.0f;
+
+inline constexpr Choice<UpAxis> kUpAxes[] = {
+    {"y", UpAxis::Y},
+    {"z", UpAxis::Z},
+};
 
 inline constexpr Choice<DrawIdCarrier> kDrawIdCarriers[] = {
     {"auto", DrawIdCarrier::Automatic},

@@ -68,8 +68,10 @@ Model makeCrowd(int count)
     const int side = int(std::ceil(std::sqrt(double(count))));
     for (int i = 0; i < count; ++i)
     {
-        const float x = (float(i % side) - 0.5f * float(side - 1)) * kSpacing;
-        const float z = (float(i / side) - 0.5f * float(side - 1)) * kSpacing;
+        const int column = i % side;
+        const int row = i / side;
+        const float x = (float(column) - 0.5f * float(side - 1)) * kSpacing;
+        const float z = (float(row) - 0.5f * float(side - 1)) * kSpacing;
         Motion motion;
         motion.node = i;
         motion.center = {x, 0.0f, z};

@@ -166,7 +166,8 @@ float Environment::brightness()
         const double weight = std::sin(M_PI * (row + 0.5) / kDiffuseSize.height());
         for (int column = 0; column < kDiffuseSize.width(); ++column)
         {
-            const float* const texel = texels.data() + 4 * (row * kDiffuseSize.width() + column);
+            const float* const texel =
+                texels.data() + std::size_t(4) * std::size_t(row * kDiffuseSize.width() + column);
             sum += weight * (0.2126 * texel[0] + 0.7152 * texel[1] + 0.0722 * texel[2]);
             weights += weight;
         }

@@ -66,7 +66,8 @@ private:
 
     static QRgb toRgb(const uchar* pixel)
     {
-        const auto channel = [pixel](int index) { return (qFromBigEndian<quint16>(pixel + 2 * index) + 128) / 257; };
+        const auto channel = [pixel](std::size_t index)
+        { return (qFromBigEndian<quint16>(pixel + 2 * index) + 128) / 257; };
         return qRgba(channel(0), channel(1), channel(2), channel(3));
     }
 

@@ -42,7 +42,7 @@ QJsonObject multiplied(QJsonObject material)
     QJsonObject extensions = material["extensions"].toObject();
     const double strength = extensions[kExtension].toObject()["emissiveStrength"].toDouble(1.0);
     QJsonArray factor;
-    for (const QJsonValue& part : material["emissiveFactor"].toArray())
+    for (const auto& part : material["emissiveFactor"].toArray())
         factor.append(strength * part.toDouble());
     if (!factor.isEmpty())
         material["emissiveFactor"] = factor;
@@ -60,7 +60,7 @@ QByteArray multipliedAll(const QByteArray& json)
         return {};
     QJsonObject root = document.object();
     QJsonArray materials;
-    for (const QJsonValue& material : root["materials"].toArray())
+    for (const auto& material : root["materials"].toArray())
         materials.append(multiplied(material.toObject()));
     root["materials"] = materials;
     return QJsonDocument(root).toJson(QJsonDocument::Compact);

@@ -177,7 +177,7 @@ QString ImageTable::pathBesideModel(const QString& name) const
     QString slashes = name;
     slashes.replace(QLatin1Char('\\'), QLatin1Char('/'));
     for (const QString& candidate : {name, slashes, QUrl::fromPercentEncoding(slashes.toUtf8())})
-        if (const QString path = _folder.absoluteFilePath(candidate); QFileInfo(path).isFile())
+        if (QString path = _folder.absoluteFilePath(candidate); QFileInfo(path).isFile())
             return path;
     const QString inFolder = withoutCase(_folder, QFileInfo(slashes).fileName());
     return inFolder.isEmpty() ? slashes : inFolder;

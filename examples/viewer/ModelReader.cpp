@@ -115,7 +115,7 @@ QString sceneFault(const aiScene& scene)
 {
     for (unsigned int i = 0; i < scene.mNumMeshes; ++i)
     {
-        const QString fault = meshFault(*scene.mMeshes[i]);
+        QString fault = meshFault(*scene.mMeshes[i]);
         if (!fault.isEmpty())
             return fault;
     }
@@ -158,7 +158,7 @@ void scaleVertices(const aiScene& scene, float factor)
 
 QString importFault(const Assimp::Importer& importer)
 {
-    const QString text = QString::fromUtf8(importer.GetErrorString()).simplified();
+    QString text = QString::fromUtf8(importer.GetErrorString()).simplified();
     if (text.isEmpty() || text.startsWith(QLatin1String("No suitable reader")))
         return QStringLiteral("it is not a model of a known kind");
     if (text.contains(QLatin1String("bad_alloc")))

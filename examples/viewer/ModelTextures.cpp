@@ -108,6 +108,15 @@ QList<TextureToken> ModelTextures::tokens() const
     return all;
 }
 
+QString ModelTextures::whiteTiles() const
+{
+    if (_whiteTiles.empty())
+        return {};
+    const QString which = _whiteTiles.size() == 1 ? QStringLiteral("'%1'").arg((*_whiteTiles.begin())->path)
+                                                  : QStringLiteral("%1 pictures").arg(_whiteTiles.size());
+    return QStringLiteral("the tiles of %1 are white: they want --manager array2d").arg(which);
+}
+
 Picture ModelTextures::pictureOf(const Image& image, Content content)
 {
     if (image.streamer)
@@ -150,12 +159,15 @@ TextureToken ModelTextures::tokenOf(const QString& path, const QImage& pixels, C
 /// One token for all tiles. The tiles have tokens of their own before that one is first bound.
 Picture ModelTextures::tilesOf(const Image& image, Content content)
 {
-    const TextureToken token = image.parts.empty() ? INVALID_TOKEN : _manager.createUDIMToken();
+    if (image.parts.empty())
+    {
+        remark(QStringLiteral("'%1' has no tiles").arg(image.path));
+        return {INVALID_TOKEN};
+    }
+    const TextureToken token = _manager.createUDIMToken();
     if (token == INVALID_TOKEN)
     {
-        remark(image.parts.empty()
-                   ? QStringLiteral("'%1' has no tiles").arg(image.path)
-                   : QStringLiteral("the tiles of '%1' are white: they want --manager array2d").arg(image.path));
+        _whiteTiles.insert(&image);
         return {INVALID_TOKEN};
     }
     Picture picture{token, ImageKind::Tiles};

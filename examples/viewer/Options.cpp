@@ -26,11 +26,6 @@ constexpr Choice<LightSet> kLightSets[] = {
     {"point", LightSet::Point},
 };
 
-constexpr Choice<UpAxis> kUpAxes[] = {
-    {"y", UpAxis::Y},
-    {"z", UpAxis::Z},
-};
-
 void readLevel(ValueReader& reader, std::optional<int>& value)
 {
     if (!reader.isSet("level"))
@@ -101,7 +96,8 @@ void describe(QCommandLineParser& parser)
         {QStringLiteral("level"), QStringLiteral("The level of the texture to show, 0 if not given, or all."),
          QStringLiteral("number")},
         {QStringLiteral("exposure"),
-         QStringLiteral("Brighten the environment, or what a texture holds as light, by so many stops, %1 to %2.")
+         QStringLiteral("Brighten the environment, also one that the window's key E switches on, or what a texture "
+                        "holds as light, by so many stops, %1 to %2.")
              .arg(-kMostStops)
              .arg(kMostStops),
          QStringLiteral("stops")},
@@ -210,6 +206,12 @@ bool wantsShadows(const Options& options, const ValueReader& reader)
            options.settings.debugView == DebugView::Shadows;
 }
 
+bool isBuiltIn(const Options& options, bool hasModel)
+{
+    return !hasModel && options.crowd == 0 && options.textures == 0 && !options.streamers &&
+           options.texturePath.isEmpty();
+}
+
 // What the built-in scene has where nobody asks for something else: its frieze wants a manager with tiles.
 void chooseForBuiltIn(const ValueReader& reader, RenderSettings& settings)
 {
@@ -229,15 +231,32 @@ void readConsequences(const ValueReader& reader, bool hasModel, Options& options
     if (options.textures > 0 && !reader.isSet("manager"))
         options.settings.manager = ManagerKind::Array2D;
     options.settings.environment.exposure = options.exposure;
-    const bool isOther = hasModel || options.crowd > 0 || options.textures > 0 || options.streamers;
-    if (!isOther && options.texturePath.isEmpty())
+    if (isBuiltIn(options, hasModel))
         chooseForBuiltIn(reader, options.settings);
+}
+
+// Why what is said of an environment does not go together, or an empty string. In a window there can always be one: a
+// key switches it on.
+QString environmentFault(const Options& options, const ValueReader& reader, bool hasModel)
+{
+    const bool isTexture = !options.texturePath.isEmpty();
+    const bool isNamed = !options.settings.environment.path.isEmpty();
+    const bool canHave = isNamed || options.window || (isBuiltIn(options, hasModel) && !options.noEnvironment);
+    if (isTexture && isNamed)
+        return QStringLiteral("--texture and --env exclude each other");
+    if (options.noEnvironment && isNamed)
+        return QStringLiteral("--env and --no-env exclude each other");
+    if (options.exposure && !canHave && !isTexture)
+        return QStringLiteral("--exposure wants --env, --window or --texture");
+    for (const char* const model : {"specular", "diffuse"})
+        if (reader.isSet(model) && !canHave)
+            return QStringLiteral("--%1 wants --env or --window").arg(QLatin1String(model));
+    return {};
 }
 
 // Why the options do not go together with each other and with the models that are named, or an empty string.
 QString contradiction(const Options& options, const ValueReader& reader, const QStringList& models)
 {
-    const QString& environment = options.settings.environment.path;
     const ManagerKind manager = options.settings.manager;
     const bool hasArrays = manager == ManagerKind::Array2D || manager == ManagerKind::Array2DBindless;
     const bool hasModel = !models.isEmpty();
@@ -259,12 +278,8 @@ QString contradiction(const Options& options, const ValueReader& reader, const Q
         return QStringLiteral("--texture excludes a scene and --window");
     if (!isTexture && reader.isSet("level"))
         return QStringLiteral("--level wants --texture");
-    if (isTexture && !environment.isEmpty())
-        return QStringLiteral("--texture and --env exclude each other");
-    if (options.noEnvironment && !environment.isEmpty())
-        return QStringLiteral("--env and --no-env exclude each other");
-    if (options.exposure && hasModel && environment.isEmpty())
-        return QStringLiteral("--exposure wants --env or --texture");
+    if (QString fault = environmentFault(options, reader, hasModel); !fault.isEmpty())
+        return fault;
     if (isWall && (isCrowd || options.builtIn || hasModel))
         return QStringLiteral("--textures and another scene exclude each other");
     if (isWall && !hasArrays)

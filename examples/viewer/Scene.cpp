@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Scene.h"
 
+#include "FilledBuffer.h"
 #include "ModelTextures.h"
 
-#include <VrkGL/AutoBinder.h>
 #include <VrkGL/AutoEnabler.h>
-#include <VrkGL/BufferObject.h>
 #include <VrkGL/DrawBuffers.h>
 #include <VrkGL/DrawElementsIndirectCommand.h>
 #include <VrkGL/GLFunctions.h>
@@ -46,19 +45,6 @@ constexpr quint64 kOnlySimpleDraws = 1 << 4; // feature flag
 
 // The radius that a scene is brought to: the library takes for nothing what is below a thousandth.
 constexpr int kSceneRadiusExponent = 10;
-
-template <typename Value> QSharedPointer<BufferObject> newBuffer(GLenum target, const std::vector<Value>& values)
-{
-    QSharedPointer<BufferObject> buffer = OpenGLDeviceContext::current()->newBuffer();
-    // Filled through a target of its own: an element buffer bound here would belong to whatever vertex array is bound.
-    buffer->setTarget(GL_COPY_WRITE_BUFFER);
-    {
-        const AutoBinder bound(buffer);
-        buffer->uploadArbitraryData(values.data(), int(values.size()), GL_STATIC_DRAW, sizeof(Value));
-    }
-    buffer->setTarget(target);
-    return buffer;
-}
 
 /// A power of two near the size, by which things are scaled without rounding.
 float powerOfTwoNear(float size)
@@ -178,15 +164,16 @@ Scene::MeshOnGpu Scene::upload(const Mesh& mesh) const
             position /= result.scale;
 
     result.vertexArray = OpenGLDeviceContext::current()->newVAO();
-    result.vertexArray->upload(QStringLiteral("va_Vertex"), newBuffer(GL_ARRAY_BUFFER, positions), 3, GL_FLOAT);
-    result.vertexArray->upload(QStringLiteral("va_Normal"), newBuffer(GL_ARRAY_BUFFER, mesh.normals), 3, GL_FLOAT);
+    result.vertexArray->upload(QStringLiteral("va_Vertex"), newFilledBuffer(GL_ARRAY_BUFFER, positions), 3, GL_FLOAT);
+    result.vertexArray->upload(QStringLiteral("va_Normal"), newFilledBuffer(GL_ARRAY_BUFFER, mesh.normals), 3,
+                               GL_FLOAT);
     if (!mesh.texCoords.empty())
-        result.vertexArray->upload(QStringLiteral("va_TexCoord"), newBuffer(GL_ARRAY_BUFFER, mesh.texCoords), 2,
+        result.vertexArray->upload(QStringLiteral("va_TexCoord"), newFilledBuffer(GL_ARRAY_BUFFER, mesh.texCoords), 2,
                                    GL_FLOAT);
     if (!mesh.moreTexCoords.empty())
-        result.vertexArray->upload(QStringLiteral("va_MoreTexCoord"), newBuffer(GL_ARRAY_BUFFER, mesh.moreTexCoords), 2,
-                                   GL_FLOAT);
-    result.indices = newBuffer(GL_ELEMENT_ARRAY_BUFFER, mesh.indices);
+        result.vertexArray->upload(QStringLiteral("va_MoreTexCoord"),
+                                   newFilledBuffer(GL_ARRAY_BUFFER, mesh.moreTexCoords), 2, GL_FLOAT);
+    result.indices = newFilledBuffer(GL_ELEMENT_ARRAY_BUFFER, mesh.indices);
     result.indexCount = int(mesh.indices.size());
     return result;
 }

@@ -18,7 +18,7 @@ namespace
 {
 
 // Some drivers allow blocks of gigabytes, which no shader compiler likes to see declared.
-constexpr std::size_t kLargestBlock = 64 * 1024;
+constexpr std::size_t kLargestBlock = std::size_t(64) * 1024;
 constexpr std::size_t kTexelBytes = 16;
 
 const QString kBaseColor = QStringLiteral("BaseColor");

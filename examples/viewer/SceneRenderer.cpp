@@ -132,8 +132,10 @@ SceneRenderer::~SceneRenderer()
     destroy();
 }
 
-bool SceneRenderer::isSupported(const RenderSettings& settings, QString& error)
+bool SceneRenderer::isSupported(const Model& model, const RenderSettings& settings, QString& error)
 {
+    const auto hasLayers = [](const Image& image)
+    { return image.kind == ImageKind::Cube || image.kind == ImageKind::Layers; };
     const bool wantsArrayHandles = settings.manager == ManagerKind::Array2DBindless;
     if (settings.drawIdCarrier == DrawIdCarrier::BaseInstance && !DrawBuffers::isBaseInstanceDrawingSupported())
         error = QStringLiteral("this driver can't carry the draw's number in the base instance");
@@ -142,6 +144,8 @@ bool SceneRenderer::isSupported(const RenderSettings& settings, QString& error)
     else if ((wantsArrayHandles && !Array2DTextureManager::isBindlessSupported()) ||
              (settings.manager == ManagerKind::Bindless && !BindlessTextureManager::isSupported()))
         error = QStringLiteral("this driver has no bindless textures");
+    else if (!usesArrays(settings.manager) && std::any_of(model.images.begin(), model.images.end(), hasLayers))
+        error = QStringLiteral("cube maps and textures with layers want array2d");
     else
         return true;
     return false;
@@ -149,7 +153,7 @@ bool SceneRenderer::isSupported(const RenderSettings& settings, QString& error)
 
 bool SceneRenderer::create(const Model& model, const RenderSettings& settings, QString& error)
 {
-    return isSupported(settings, error) && build(model, settings, error);
+    return isSupported(model, settings, error) && build(model, settings, error);
 }
 
 /// An environment that is there already stays.
@@ -185,6 +189,7 @@ bool SceneRenderer::build(const Model& model, const RenderSettings& settings, QS
     frameBuffer->setTarget(GL_UNIFORM_BUFFER);
     _frame = OpenGLDeviceContext::current()->newUniformBuffer(QStringLiteral("u_Frame"), frameBuffer);
     const ModelTextures textures(*_textures, _streamers, model);
+    _whiteTiles = textures.whiteTiles();
     if (usesArrays(settings.manager))
         _textures->bind(textures.tokens()); // places for all before the first draw, or the slots grow with each list
     _scene = std::make_unique<Scene>(model, textures, *_textures, *_plans, _byBaseInstance);
@@ -231,6 +236,7 @@ void SceneRenderer::destroy()
     _advancedAt.reset();
     _frame.reset();
     _sceneLights.clear();
+    _whiteTiles.clear();
     _stats = FrameStats();
     _debugProgram.reset();
     _depthProgram.reset();

@@ -50,8 +50,9 @@ public:
     SceneRenderer(const SceneRenderer&) = delete;
     SceneRenderer& operator=(const SceneRenderer&) = delete;
 
-    /// Whether the driver has the roads that `settings` ask for. On false `error` says in one line what it lacks.
-    static bool isSupported(const RenderSettings& settings, QString& error);
+    /// Whether the driver has the roads that `settings` ask for, and the roads room for the model's pictures. On false
+    /// `error` says in one line what is lacking.
+    static bool isSupported(const Model& model, const RenderSettings& settings, QString& error);
 
     /// Builds the programs and uploads `model`, which need not outlive the call. On false `error` says why in one line;
     /// the library has then logged what the shader compiler said.
@@ -71,6 +72,12 @@ public:
     const RenderSettings& settings() const
     {
         return _settings;
+    }
+
+    /// Which tiles are white because the texture manager has none, in one line, or empty.
+    const QString& whiteTiles() const
+    {
+        return _whiteTiles;
     }
 
     /// The view of one of the file's cameras, or empty if the file has none of that name. A number names the camera
@@ -141,6 +148,7 @@ private:
     RenderSettings _settings;
     Bounds _bounds;                       // of all that there ever is in the scene's space
     std::vector<SceneLight> _sceneLights; // none without shadows
+    QString _whiteTiles;
     float _shadowRadius = 0.0f;
     bool _byBaseInstance = false;
     FrameStats _stats;

@@ -39,7 +39,7 @@ bool haveSameMaps(const EnvironmentSettings& a, const EnvironmentSettings& b)
 
 bool SceneRenderer::change(const Model& model, const RenderSettings& settings, QString& error)
 {
-    if (!isSupported(settings, error))
+    if (!isSupported(model, settings, error))
         return false;
 
     // Filtering takes long, so maps that still serve are kept.

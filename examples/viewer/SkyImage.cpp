@@ -186,8 +186,10 @@ LightImage makeSky(int width, int height)
             QVector3D sum;
             for (int i = 0; i < kSteps * kSteps; ++i)
             {
-                const float u = (float(x) + (float(i % kSteps) + 0.5f) / kSteps) / float(width);
-                const float v = 1.0f - (float(y) + (float(i / kSteps) + 0.5f) / kSteps) / float(height);
+                const int column = i % kSteps;
+                const int row = i / kSteps;
+                const float u = (float(x) + (float(column) + 0.5f) / kSteps) / float(width);
+                const float v = 1.0f - (float(y) + (float(row) + 0.5f) / kSteps) / float(height);
                 const float phi = (u - 0.5f) * 2.0f * kPi;
                 const float theta = (v - 0.5f) * kPi;
                 sum += skyLight({std::cos(phi) * std::cos(theta), std::sin(theta), std::sin(phi) * std::cos(theta)});

@@ -62,18 +62,19 @@ TextureStreamer* makeColors(std::vector<std::function<void()>>& steps)
     ColorCycleTextureStreamer* const streamer =
         ColorCycleTextureStreamer::make(colors, int(std::size(colors)), kSide, kSide, kFramesPerColor, nullptr);
     if (streamer)
-        steps.push_back([streamer] { streamer->nextFrame(); });
+        steps.emplace_back([streamer] { streamer->nextFrame(); });
     return streamer;
 }
 
 TextureStreamer* makeImages(std::vector<std::function<void()>>& steps)
 {
     std::vector<Texture*> textures; // which the streamer takes over
+    textures.reserve(kImages);
     for (int i = 0; i < kImages; ++i)
         textures.push_back(QImageToTexture(dial(i).mirrored(), false, TextureFileInfo()));
     auto* const streamer =
         new ImageCycleTextureStreamer(textures.data(), int(textures.size()), kFramesPerImage, nullptr);
-    steps.push_back([streamer] { streamer->nextFrame(); });
+    steps.emplace_back([streamer] { streamer->nextFrame(); });
     return streamer;
 }
 
@@ -81,7 +82,7 @@ TextureStreamer* watch(MandelbrotTextureStreamer* streamer, std::vector<std::fun
 {
     if (!streamer)
         return nullptr;
-    steps.push_back(
+    steps.emplace_back(
         [streamer, frame = 0]() mutable
         {
             if (frame++ % kZoomFrames == 0)

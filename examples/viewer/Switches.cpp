@@ -49,7 +49,7 @@ struct Step
 
 QString switchManager(Step& step)
 {
-    const QString word = step.go(kManagers, step.settings.manager);
+    QString word = step.go(kManagers, step.settings.manager);
     if (step.settings.debugView == DebugView::Slots && !usesArrays(step.settings.manager))
         step.settings.debugView = DebugView::None; // there are none to be seen
     return word;
@@ -84,7 +84,7 @@ QString switchAntiAliasing(Step& step)
 
 QString switchDebugView(Step& step)
 {
-    const QString word = step.go(kDebugViews, step.settings.debugView);
+    QString word = step.go(kDebugViews, step.settings.debugView);
     if (step.settings.debugView == DebugView::Slots && !usesArrays(step.settings.manager))
         return step.refuse(QStringLiteral("slots are those of array2d (M)"));
     if (step.settings.debugView == DebugView::Shadows && !step.settings.shadows)

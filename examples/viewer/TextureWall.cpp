@@ -113,9 +113,11 @@ Model makeTextureWall(int count)
         material.wrapS = Wrap::Clamp;
         material.wrapT = Wrap::Clamp;
         model.materials.push_back(material);
+        const int column = i % side;
+        const int row = i / side;
         QMatrix4x4 matrix;
-        matrix.translate((float(i % side) - 0.5f * float(side - 1)) * kSpacing,
-                         (0.5f * float(side - 1) - float(i / side)) * kSpacing);
+        matrix.translate((float(column) - 0.5f * float(side - 1)) * kSpacing,
+                         (0.5f * float(side - 1) - float(row)) * kSpacing);
         const bool hasTiles = model.images.back().kind == ImageKind::Tiles;
         model.instances.push_back({hasTiles ? std::size_t(1) : std::size_t(0), matrix, -1, model.materials.size() - 1});
     }

@@ -41,6 +41,8 @@ Window::Window()
     setMinimumSize(QSize(64, 64));
     _remarkEnd.setSingleShot(true);
     connect(&_remarkEnd, &QTimer::timeout, this, [this] { tell(QString()); });
+    _end.setSingleShot(true);
+    connect(&_end, &QTimer::timeout, this, &QWindow::close);
     connect(this, &QWindow::screenChanged, this, [this] { requestUpdate(); });
 }
 
@@ -86,6 +88,8 @@ bool Window::createDrawing(const QString& fileCamera, QString& error)
     _drawing = std::make_unique<Drawing>();
     if (!_drawing->overlay.create(error) || !_drawing->renderer.create(_model, _settings, error))
         return false;
+    if (!_drawing->renderer.whiteTiles().isEmpty())
+        remark(_drawing->renderer.whiteTiles());
     if (!fileCamera.isEmpty())
     {
         _homeFileCamera = _drawing->renderer.fileCameraIndex(fileCamera);
@@ -120,7 +124,7 @@ void Window::giveUp(const QString& error)
 {
     if (_error.isEmpty())
         _error = error;
-    QTimer::singleShot(0, this, &QWindow::close);
+    _end.start();
 }
 
 // ---- a frame -------------------------------------------------------------------------------------------------------
@@ -261,7 +265,7 @@ void Window::goOn()
     const bool goesOn = !isLast && (_frameLimit > 0 || (_moves && !_paused) || showsStats);
     _follows = _follows && goesOn;
     if (isLast)
-        QTimer::singleShot(0, this, &QWindow::close);
+        _end.start();
     else if (goesOn)
         requestUpdate();
 }
@@ -282,7 +286,7 @@ QImage Window::pictureWithTexts()
     RenderTarget& target = _drawing->target;
     target.bindResolved();
     drawTexts(target.size());
-    const QImage image = target.read();
+    QImage image = target.read();
     target.resolve(); // whoever reads next gets the picture alone
     return image;
 }

@@ -190,6 +190,7 @@ private:
     bool _follows = false;     // the next frame comes at once
     QElapsedTimer _sinceFrame;
     QElapsedTimer _sinceStatsText;
+    QTimer _end; // closes the window, but not in the midst of a frame
     QTimer _remarkEnd;
     bool _remarkIsNew = false; // no frame has shown it
 

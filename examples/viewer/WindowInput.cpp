@@ -113,6 +113,12 @@ void Window::switchSettings(const KeyRow& row, int step)
         next.refused = true;
         next.text += QStringLiteral(": ") + error;
     }
+    const QString& whiteTiles = _drawing->renderer.whiteTiles();
+    if (!next.refused && row.action == Action::Manager && !whiteTiles.isEmpty())
+    {
+        next.text += QStringLiteral(" (tiles are white: array2d has them)");
+        remark(whiteTiles);
+    }
     if (next.refused && row.withShift == WithShift::Backwards)
         _refusal = Refusal{row.action, next.settings};
     tell(next.text);

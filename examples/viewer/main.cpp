@@ -200,6 +200,8 @@ bool drawPicture(const Options& options, const Model& model, QImage& picture, QS
         !renderer.create(model, options.settings, error) || !chooseView(options, model, renderer, view, error))
         return false;
 
+    if (!renderer.whiteTiles().isEmpty())
+        remark(renderer.whiteTiles());
     target.bind();
     tellStats(options, drawFrames(renderer, view, options.stats));
     target.resolve();

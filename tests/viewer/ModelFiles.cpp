@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -238,4 +239,18 @@ void append(TriangleSoup& soup, const TriangleSoup& more)
     soup.normals.insert(soup.normals.end(), more.normals.begin(), more.normals.end());
     for (const std::uint32_t index : more.indices)
         soup.indices.push_back(first + index);
+}
+
+QString writeTiledSquares(const ModelFolder& folder)
+{
+    QImage red(16, 16, QImage::Format_RGB32);
+    red.fill(qRgb(255, 0, 0));
+    for (const char* const name : {"left.1001.png", "right.1001.png"})
+        EXPECT_TRUE(red.save(folder.path(name)));
+    folder.write("tiled.mtl",
+                 "newmtl left\nKd 1 1 1\nmap_Kd left.<UDIM>.png\nnewmtl right\nKd 1 1 1\nmap_Kd right.<UDIM>.png\n");
+    return folder.write("tiled.obj",
+                        "mtllib tiled.mtl\nv -2 -1 0\nv 0 -1 0\nv 2 -1 0\nv 2 1 0\nv 0 1 0\nv -2 1 0\n"
+                        "vt 0 0\nvt 0.9 0\nvt 0.9 0.9\nvt 0 0.9\nvn 0 0 1\n"
+                        "usemtl left\nf 1/1/1 2/2/1 5/3/1 6/4/1\nusemtl right\nf 2/1/1 3/2/1 4/3/1 5/4/1\n");
 }

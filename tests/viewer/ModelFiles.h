@@ -53,4 +53,7 @@ TriangleSoup sphereSoup(const QVector3D& center, float radius, int steps);
 /// The soup moved by a matrix, which may mirror: normals come out pointing outwards and triangles keep their side.
 TriangleSoup transformed(const TriangleSoup& soup, const QMatrix4x4& matrix);
 
+/// Two squares side by side, each with a set of one red tile, which only some texture managers have.
+QString writeTiledSquares(const ModelFolder& folder);
+
 void append(TriangleSoup& soup, const TriangleSoup& more);

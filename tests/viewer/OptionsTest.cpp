@@ -223,11 +223,29 @@ TEST(OptionsTest, ATextureIsShownWithItsLevelAndExposure)
         expectError({"--texture", "a.ktx", "--exposure", stops}, QStringLiteral("a number from -24 to 24"));
     expectError({"--texture", ""}, QStringLiteral("a file name"));
     expectError({"--level", "1"}, QStringLiteral("wants --texture"));
-    expectError({"a.obj", "--exposure", "1"}, QStringLiteral("wants --env or --texture"));
-    EXPECT_EQ(parse({"--exposure", "1"}).outcome, ParsedOptions::Outcome::Run) << "of the sky of the built-in scene";
     for (const QStringList& scene : {QStringList{"--builtin"}, QStringList{"--crowd", "3"}, QStringList{"--window"},
                                      QStringList{"a.obj"}, QStringList{"--textures", "4"}})
         expectError(QStringList{"--texture", "a.ktx"} + scene, QStringLiteral("--texture excludes a scene"));
+}
+
+TEST(OptionsTest, WhatIsSaidOfAnEnvironmentWantsOne)
+{
+    const QStringList withoutOne[] = {{"a.obj"},       {"--crowd", "3"}, {"--textures", "3"},
+                                      {"--streamers"}, {"--no-env"},     {"--builtin", "--no-env"}};
+    const QStringList sayings[] = {{"--exposure", "1"}, {"--specular", "ggx"}, {"--diffuse", "lambert"}};
+    for (const QStringList& saying : sayings)
+    {
+        const QString wants = QStringLiteral("%1 wants --env").arg(saying[0]);
+        for (const QStringList& scene : withoutOne)
+        {
+            expectError(scene + saying, wants);
+            EXPECT_EQ(parse(scene + saying + QStringList{"--window"}).outcome, ParsedOptions::Outcome::Run)
+                << "a key of the window switches one on";
+        }
+        EXPECT_EQ(parse(saying).outcome, ParsedOptions::Outcome::Run) << "of the sky of the built-in scene";
+        EXPECT_EQ(parse(saying + QStringList{"--crowd", "3", "--env", "a.hdr"}).outcome, ParsedOptions::Outcome::Run);
+    }
+    EXPECT_EQ(parse({"a.obj", "--window", "--exposure", "-2"}).options.settings.environment.exposure, -2.0f);
 }
 
 TEST(OptionsTest, BuiltInIsTaken)
@@ -252,15 +270,16 @@ TEST(OptionsTest, VersionIsShownAsText)
     }
 }
 
-TEST(OptionsTest, HelpNamesEveryOptionButTheOneForTests)
+TEST(OptionsTest, HelpNamesEveryOptionButThoseForTests)
 {
     const ParsedOptions parsed = parse({"--help"});
     EXPECT_EQ(parsed.outcome, ParsedOptions::Outcome::ShowText);
-    for (const char* option : {"--output",   "--size",    "--window",   "--builtin", "--azimuth",    "--elevation",
-                               "--up",       "--samples", "--draw-id",  "--carrier", "--manager",    "--textures",
-                               "--texture",  "--level",   "--exposure", "--debug",   "--crowd",      "--camera",
-                               "--stats",    "--help",    "--version",  "--shadows", "--no-shadows", "--env",
-                               "--specular", "--diffuse", "--lights",   "--csm",     "--shadow-maps"})
+    for (const char* option :
+         {"--output",      "--size",       "--window",  "--builtin",  "--azimuth",  "--elevation", "--up",
+          "--samples",     "--draw-id",    "--carrier", "--manager",  "--textures", "--texture",   "--level",
+          "--exposure",    "--debug",      "--crowd",   "--camera",   "--stats",    "--help",      "--version",
+          "--shadows",     "--no-shadows", "--env",     "--specular", "--diffuse",  "--lights",    "--csm",
+          "--shadow-maps", "--aa",         "--no-env",  "--gizmos",   "--streamers"})
         EXPECT_TRUE(parsed.text.contains(QLatin1String(option))) << option;
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--frames")));
     EXPECT_FALSE(parsed.text.contains(QStringLiteral("--press")));

@@ -96,12 +96,17 @@ QByteArray gltfFile(const Square& square)
     QJsonArray images;
     for (const QImage& picture : square.pictures)
     {
-        textures.append(QJsonObject{{"source", images.size()}});
+        QJsonObject texture{{"source", images.size()}};
+        if (!square.sampler.isEmpty())
+            texture["sampler"] = 0;
+        textures.append(texture);
         images.append(QJsonObject{{"uri", pngAddress(picture)}});
     }
     if (!images.isEmpty())
     {
         root["textures"] = textures;
+        if (!square.sampler.isEmpty())
+            root["samplers"] = QJsonArray{square.sampler};
         if (!root.contains("images"))
             root["images"] = images;
     }

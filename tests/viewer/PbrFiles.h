@@ -15,6 +15,7 @@ struct Square
 {
     QJsonObject material{}; ///< as glTF has it; its textures are numbers of `pictures`
     QList<QImage> pictures{};
+    QJsonObject sampler{};     ///< of all pictures, if it has words
     bool mirroredX = false;    ///< pictures lie from right to left
     bool mirroredY = false;    ///< they stand on their heads
     QJsonObject node{};        ///< more words about its node

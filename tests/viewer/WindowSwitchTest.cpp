@@ -2,6 +2,7 @@
 // What the window's keys switch: each choice shows the picture that the command line's option of the same name gives,
 // and going back shows the first one again. Wants a display.
 #include "ModelReader.h"
+#include "TextureWall.h"
 #include "WindowTools.h"
 
 #include <QDir>
@@ -147,6 +148,38 @@ TEST_F(WindowSwitchTest, AManagerThatTheDriverLacksIsToldAndTheOneBeforeStays)
     EXPECT_EQ(window->settings().manager, ManagerKind::Array2D) << "another key forgets them";
 }
 
+TEST_F(WindowSwitchTest, AManagerWithoutTilesDrawsThemWhiteAndThatIsTold)
+{
+    closeWindow();
+    path = writeTiledSquares(folder);
+    RenderSettings settings;
+    settings.manager = ManagerKind::Array2D;
+    openFile(settings);
+    const QImage tiled = picture();
+    press(Qt::Key_M, Qt::ShiftModifier);
+    EXPECT_EQ(window->settings().manager, ManagerKind::Sampler);
+    EXPECT_EQ(told(), "texture manager: sampler (tiles are white: array2d has them)");
+    expectAsWith({"--manager", "sampler"});
+    press(Qt::Key_G);
+    EXPECT_EQ(told(), "gizmos: on") << "it is told with the manager alone";
+    pressAll({{Qt::Key_G}, {Qt::Key_M}});
+    EXPECT_EQ(told(), "texture manager: array2d");
+    EXPECT_EQ(picture(), tiled);
+}
+
+TEST_F(WindowSwitchTest, AManagerThatCannotHaveAPictureIsToldAndTheOneBeforeStays)
+{
+    closeWindow();
+    RenderSettings settings;
+    settings.manager = ManagerKind::Array2D;
+    open(makeTextureWall(16), settings, kSize); // a cube map is among them
+    const QImage wall = picture();
+    press(Qt::Key_M, Qt::ShiftModifier);
+    EXPECT_EQ(told(), "texture manager: sampler: cube maps and textures with layers want array2d");
+    EXPECT_EQ(window->settings().manager, ManagerKind::Array2D);
+    EXPECT_EQ(picture(), wall);
+}
+
 TEST_F(WindowSwitchTest, CGoesThroughTheRecordCarriers)
 {
     const QImage first = picture();
@@ -272,6 +305,18 @@ TEST_F(WindowSwitchTest, TheEnvironmentAndItsModelsAndItsLightAreSwitched)
     expectAsWith({"--env", ":/vrkview/sky.hdr", "--specular", "blinn-phong", "--diffuse", "oren-nayar"});
     press(Qt::Key_E);
     EXPECT_EQ(picture(), first);
+}
+
+TEST_F(WindowSwitchTest, AnExposureOfTheCommandLineHoldsForTheEnvironmentThatIsSwitchedOn)
+{
+    closeWindow();
+    RenderSettings settings;
+    settings.environment.exposure = 1.0f;
+    settings.environment.diffuse = DiffuseModel::OrenNayar;
+    openFile(settings);
+    expectAsWith({});
+    press(Qt::Key_E);
+    expectAsWith({"--env", ":/vrkview/sky.hdr", "--exposure", "1", "--diffuse", "oren-nayar"});
 }
 
 TEST_F(WindowSwitchTest, KeysOfChoicesDoNotRepeatAndWithControlDoNothing)
@@ -424,14 +469,14 @@ TEST_F(WindowSwitchTest, PWritesANewPictureAndNeverOverAnother)
 
 TEST_F(WindowSwitchTest, APictureThatCannotBeWrittenIsToldAndTheWindowGoesOn)
 {
-#ifdef Q_OS_LINUX
+    if (!QFileInfo("/proc").isDir())
+        GTEST_SKIP() << "there is no folder that nobody can write into";
     const QString former = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent("/proc"));
     press(Qt::Key_P);
     QDir::setCurrent(former);
     EXPECT_EQ(told().rfind("cannot write a picture into '/proc'", 0), 0u) << told();
     EXPECT_TRUE(window->isVisible());
-#endif
 }
 
 TEST_F(WindowSwitchTest, F11TakesTheWholeScreenAndGivesItBack)
@@ -519,9 +564,11 @@ TEST_F(WindowSwitchTest, TheTimeOfAPauseDoesNotCount)
     press(Qt::Key_Space);
     const double before = WindowTestAccess::seconds(*window);
     QThread::msleep(1500);
+    QElapsedTimer sincePause; // however long a frame takes
+    sincePause.start();
     press(Qt::Key_Space);
     settle();
-    EXPECT_LT(WindowTestAccess::seconds(*window) - before, 1.0);
+    EXPECT_LE(WindowTestAccess::seconds(*window) - before, double(sincePause.nsecsElapsed()) * 1.0e-9);
 }
 
 TEST_F(WindowSwitchTest, ClosingRightAfterASwitchKeepsAPicture)

@@ -112,6 +112,18 @@ TEST(ViewerWindowTest, EachPictureThatAKeyWritesIsToldInOneLine)
     EXPECT_EQ(pictures.entries(), QStringList({"vrkview-001.png", "vrkview-002.png"}));
 }
 
+TEST(ViewerWindowTest, AManagerWithoutTilesIsToldOnceForAllPicturesWithThem)
+{
+    const ModelFolder folder;
+    const ViewerRun run = runViewer({writeTiledSquares(folder), "--window", "--size", "200x150", "--manager", "array2d",
+                                     "--press", "Shift+M,C,L,M", "--frames", "6"},
+                                    kPlain, kOnADisplay);
+    ASSERT_EQ(run.exitCode, 0) << run.errors.constData();
+    EXPECT_EQ(run.errors.count("vrkview: the tiles of 2 pictures are white: they want --manager array2d\n"), 1)
+        << run.errors.constData();
+    EXPECT_EQ(run.errors.count('\n'), 2) << "and a line that sums up: " << run.errors.constData();
+}
+
 TEST(ViewerWindowTest, EscapeEndsTheProgram)
 {
     const ModelFolder folder;

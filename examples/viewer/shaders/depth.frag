@@ -19,11 +19,14 @@ const float kLargestSlope = 0.01;
 
 void main()
 {
-    if (getBaseColor().a * pictured(vo_TexCoord).a < getSurface().z)
-        discard;
-    // As far back as the surface can be within the texel: or it would shade itself.
+    // What changes from pixel to pixel, as long as no pixel is a hole.
+    Place place = placeAt(vo_TexCoord);
     float depth = 2.0 * gl_FragCoord.z - 1.0;
     vec2 slope = vec2(dFdx(depth), dFdy(depth));
+
+    if (getBaseColor().a * pictured(place).a < getSurface().z)
+        discard;
+    // As far back as the surface can be within the texel: or it would shade itself.
     depth += min(abs(slope.x) + abs(slope.y), kLargestSlope);
     o_Depth = vec2(depth, depth * depth + 0.25 * min(dot(slope, slope), kLargestSlope * kLargestSlope));
 }

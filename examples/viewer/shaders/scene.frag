@@ -37,10 +37,10 @@ vec3 skyAndGround(vec3 direction)
 
 // The unit normal on the eye's side of the surface. The triangle's own plane decides which side that is, so neither the
 // winding of its corners nor a mirroring matrix matters; it also stands in where a model has no usable normal. `side`
-// is -1 where the model's own normal points away.
-vec3 facingNormal(vec3 toEye, out float side)
+// is -1 where the model's own normal points away. `across` and `upwards` lie in that plane.
+vec3 facingNormal(vec3 toEye, vec3 across, vec3 upwards, out float side)
 {
-    vec3 plane = cross(dFdx(vo_Position), dFdy(vo_Position));
+    vec3 plane = cross(across, upwards);
     plane /= max(max(abs(plane.x), abs(plane.y)), abs(plane.z));    // or its square is lost in very small scenes
     plane *= dot(plane, toEye) < 0.0 ? -1.0 : 1.0;
     vec3 normal = dot(vo_Normal, vo_Normal) > 0.0 ? vo_Normal : plane;
@@ -142,9 +142,14 @@ void addLights(inout Lit lit, Reflection surface)
 
 void main()
 {
+    // What changes from pixel to pixel, as long as no pixel is a hole.
+    Place place = placeAt(vo_TexCoord);
+    Place morePlace = placeAt(vo_MoreTexCoord);
+    vec3 across = dFdx(vo_Position);
+    vec3 upwards = dFdy(vo_Position);
+
     vec4 material = getSurface();    // roughness, metallic, alpha below which there is a hole, 1 where it is blended
-    vec4 picture = pictured(vo_TexCoord);
-    vec4 color = getBaseColor() * picture;
+    vec4 color = getBaseColor() * pictured(place);
     if (color.a < material.z)
         discard;
     vec3 baseColor = color.rgb;
@@ -156,12 +161,12 @@ void main()
     }
     uvec4 maps = getMaps();
     vec4 texels[kMapCount];
-    lookUpMaps(maps, vo_TexCoord, vo_MoreTexCoord, texels);
+    lookUpMaps(maps, place, morePlace, texels);
     vec3 toEye = normalize(u_Eye.xyz - vo_Position);
     float side;
-    vec3 normal = facingNormal(toEye, side);
+    vec3 normal = facingNormal(toEye, across, upwards, side);
     if (hasMap(maps[kNormalMap]))
-        normal = leaning(normal, side, vo_Position, placeOf(maps[kNormalMap], vo_TexCoord, vo_MoreTexCoord),
+        normal = leaning(normal, side, across, upwards, placeOf(maps[kNormalMap], place, morePlace),
                          texels[kNormalMap].rgb, detail.x);
     float roughness = max(material.x * texels[kSurfaceMap].g, 0.08);
     float metallic = material.y * texels[kSurfaceMap].b;
