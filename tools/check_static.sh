@@ -4,8 +4,8 @@
 # .clang-tidy and tools/cppcheck.suppressions, with the reasons.
 #   tools/check_static.sh                       both
 #   tools/check_static.sh cppcheck              src and examples, within a minute; ctest runs it too
-#   tools/check_static.sh tidy                  src
-#   tools/check_static.sh tidy pattern...       files of src and examples whose path holds one of the patterns
+#   tools/check_static.sh tidy                  src and examples
+#   tools/check_static.sh tidy pattern...       those of their files whose path holds one of the patterns
 # Without cppcheck its check is skipped: the status is 77, and the last line says "SKIPPED".
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -32,7 +32,7 @@ run_tidy() {
     # Qt's generated files and the version are all that is built.
     CXX=clang++-14 cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVRK_BUILD_TESTS=OFF > /dev/null
     cmake --build "$build" --target VrkGLBuildInfo > /dev/null
-    local pattern number files='/src/(Core|GL)/'
+    local pattern number files='/(src/(Core|GL)|examples)/'
     if [ $# -gt 0 ]; then
         files='/(?=(src/(Core|GL)|examples)/).*('
         for pattern in "$@"; do files+="$pattern|"; done

@@ -359,10 +359,11 @@ bool Work::drawSheet(QString& error)
     const float exposure = _options.exposure;
     ContactSheet sheet(title());
     const double ratio = double(_picture.width) / _picture.height;
-    const int width = std::min(int(std::lround(kTopHeight * ratio)), ContactSheet::kInnerWidth);
+    const int width = std::clamp(int(std::lround(kTopHeight * ratio)), 1, ContactSheet::kInnerWidth);
+    const int height = std::clamp(int(std::lround(width / ratio)), 1, kTopHeight);
     sheet.add(softImage(_picture, exposure),
               QStringLiteral("source: %1, %2 by %3").arg(layoutName(_layout)).arg(_picture.width).arg(_picture.height),
-              QSize(width, std::max(1, int(std::lround(width / ratio)))));
+              QSize(width, height));
     sheet.add(numbersImage(_table), QStringLiteral("response table"), QSize(kTopHeight, kTopHeight));
     if (_options.model == SHADING_PHYSICALLY_BASED)
         sheet.add(numbersImage(publishedSplitSum(kPublishedSide)), QStringLiteral("published split sum"),

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 namespace vrkview
 {
@@ -34,7 +35,8 @@ bool writeNumberedPicture(const QImage& image, const QString& folder, QString& p
             file.remove();
             return false;
         }
-        if (!file.exists())
+        // A link takes its name too when what it leads to is not there.
+        if (!file.exists() && !QFileInfo(path).isSymLink())
         {
             error = file.errorString();
             return false;

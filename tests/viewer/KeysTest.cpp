@@ -227,6 +227,19 @@ TEST(NumberedFileTest, TakesTheFirstFreeNumber)
     EXPECT_EQ(contentsOf(folder.path("vrkview-003.png")), QByteArray("older"));
 }
 
+TEST(NumberedFileTest, PassesOverALinkThatLeadsNowhere)
+{
+    const ModelFolder folder;
+    ASSERT_TRUE(QFile::link(folder.path("gone.png"), folder.path("vrkview-001.png")));
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QString path;
+    QString error;
+    ASSERT_TRUE(writeNumberedPicture(image, folder.path(""), path, error)) << qPrintable(error);
+    EXPECT_TRUE(path.endsWith("vrkview-002.png")) << qPrintable(path);
+    EXPECT_FALSE(QFile::exists(folder.path("gone.png")));
+}
+
 TEST(NumberedFileTest, WhereNothingCanBeMadeItSaysSoAndLeavesNothing)
 {
     const ModelFolder folder;
