@@ -113,7 +113,7 @@ protected:
     }
 
     /// A program with some of the four uniforms.
-    void makeProgram(const QList<const char*>& names)
+    void makeProgram(const QList<QByteArray>& names)
     {
         const std::pair<const char*, GLint> all[] = {{kSampleName, kSampleLocation},
                                                      {kUniformsName, kUniformsLocation},

@@ -25,6 +25,10 @@ namespace
 
 constexpr int kMostLights = 4;
 
+// Of a point light. A map for each cascade of each side can be wanted.
+constexpr int kMostSides = 6;
+static_assert(kMostLights * kMostSides <= kShadowMapTransformArraySizeMax, "each light can have one cascade");
+
 // As std140 lays out the blocks of Soak.glslh.
 struct FrameBlock
 {
@@ -101,8 +105,15 @@ void Lighting::change(Random& random)
 {
     clear();
     _isVariance = random.oneIn(2);
-    for (int count = random.below(kMostLights + 1); count > 0; --count)
-        _lights.push_back(makeLight(random, _bounds));
+    int room = kShadowMapTransformArraySizeMax;
+    for (int others = random.below(kMostLights + 1) - 1; others >= 0; --others)
+    {
+        Light light = makeLight(random, _bounds);
+        const int sides = light.shadow.type == LightType::ePoint ? kMostSides : 1;
+        light.shadow.cascades = std::min(light.shadow.cascades, (room - others * kMostSides) / sides);
+        room -= sides * light.shadow.cascades;
+        _lights.push_back(light);
+    }
     upload();
     if (_lights.empty())
         return;

@@ -255,12 +255,12 @@ void Soak::judgeMemory(const char* what, double Checkpoint::*member, double limi
             QStringLiteral("%1 checkpoints are too few to judge the %2").arg(measured.size()).arg(QLatin1String(what)));
         return;
     }
-    const QString text = QStringLiteral("%1: %2 KiB by the slope over %3 checkpoints, %4 KiB from the middle third to "
-                                        "the last; both above %5 KiB is growth")
+    const QString text = QStringLiteral("%1: %2 KiB by the slope over %3 checkpoints, %4 KiB by the least of the "
+                                        "middle and the last third; both above %5 KiB is growth")
                              .arg(QLatin1String(what))
                              .arg(trend.rise(), 0, 'f', 1)
                              .arg(trend.count)
-                             .arg(trend.step(), 0, 'f', 1)
+                             .arg(trend.riseByThirds(), 0, 'f', 1)
                              .arg(limitKiB, 0, 'f', 0);
     tell(text);
     if (!trend.isFlat(limitKiB))

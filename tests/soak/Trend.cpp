@@ -34,8 +34,8 @@ Trend::Trend(const std::vector<double>& measured)
         for (std::size_t j = i + 1; j < count; ++j)
             slopes.push_back((settled[j] - settled[i]) / double(j - i));
     slope = median(std::move(slopes));
-    middleThird = median({measured.begin() + third, measured.begin() + 2 * third});
-    lastThird = median({measured.end() - third, measured.end()});
+    middleThird = *std::min_element(measured.begin() + third, measured.begin() + 2 * third);
+    lastThird = *std::min_element(measured.end() - third, measured.end());
 }
 
 } // namespace vrksoak

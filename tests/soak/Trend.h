@@ -8,7 +8,8 @@
 namespace vrksoak
 {
 
-/// Two robust statements about a row of measurements, of which the first third counts as warming up.
+/// Two robust statements about a row of measurements, of which the first third counts as warming up. What a driver
+/// keeps for a while raises a measurement and never lowers one, so a third is stood for by its least.
 struct Trend
 {
     /// Below this many measurements nothing is said.
@@ -19,7 +20,7 @@ struct Trend
     bool isKnown = false;
     std::size_t count = 0;  ///< of the measurements behind the first third
     double slope = 0.0;     ///< the median of the slopes between all pairs, per measurement
-    double lastThird = 0.0; ///< its median
+    double lastThird = 0.0; ///< its least
     double middleThird = 0.0;
 
     /// By how much the row rose over the two thirds, by the slope.
@@ -27,15 +28,16 @@ struct Trend
     {
         return slope * double(count);
     }
-    double step() const
+    /// The same by the thirds. From the middle of one to that of the next is half of the way.
+    double riseByThirds() const
     {
-        return lastThird - middleThird;
+        return 2.0 * (lastThird - middleThird);
     }
 
     /// Flat unless both say that it rose by more than `limit`: one alone may be an outlier or a single step.
     bool isFlat(double limit) const
     {
-        return isKnown && (rise() <= limit || step() <= limit);
+        return isKnown && (rise() <= limit || riseByThirds() <= limit);
     }
 };
 

@@ -32,7 +32,7 @@ TEST(SoakTrend, AnEvenRowIsFlat)
     const Trend trend(row(30, 1000.0, 0.0));
     EXPECT_EQ(trend.count, 20u);
     EXPECT_DOUBLE_EQ(trend.rise(), 0.0);
-    EXPECT_DOUBLE_EQ(trend.step(), 0.0);
+    EXPECT_DOUBLE_EQ(trend.riseByThirds(), 0.0);
     EXPECT_TRUE(trend.isFlat(0.0));
 }
 
@@ -41,7 +41,7 @@ TEST(SoakTrend, ASteadyRiseIsMeasuredAndIsNotFlat)
     const Trend trend(row(30, 1000.0, 11.0));
     EXPECT_DOUBLE_EQ(trend.slope, 11.0);
     EXPECT_DOUBLE_EQ(trend.rise(), 220.0);
-    EXPECT_DOUBLE_EQ(trend.step(), 110.0);
+    EXPECT_DOUBLE_EQ(trend.riseByThirds(), 220.0);
     EXPECT_FALSE(trend.isFlat(kLimit));
 }
 
@@ -63,8 +63,16 @@ TEST(SoakTrend, OutliersDoNotMakeARise)
 TEST(SoakTrend, OutliersDoNotHideARise)
 {
     std::vector<double> values = row(30, 1000.0, 20.0);
-    values[28] = values[29] = 0.0;
+    values[10] = values[12] = values[19] = 9000.0;
     EXPECT_FALSE(Trend(values).isFlat(kLimit));
+}
+
+TEST(SoakTrend, WhatIsKeptForAWhileDoesNotMakeARise)
+{
+    std::vector<double> values = row(30, 1000.0, 0.0);
+    for (const std::size_t i : {17, 20, 21, 22, 23, 24, 25, 27, 28, 29})
+        values[i] = 2000.0;
+    EXPECT_TRUE(Trend(values).isFlat(kLimit));
 }
 
 TEST(SoakTrend, AFallIsFlat)
