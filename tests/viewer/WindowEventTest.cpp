@@ -126,9 +126,9 @@ TEST_F(WindowEventTest, AfterAStormOfSizesThePictureIsThatOfTheLastOne)
     }
     press(Qt::Key_R);
     window->resize(320, 200);
-    EXPECT_TRUE(waitUntil([this] { return window->size() == QSize(320, 200); }));
-    settle();
-    EXPECT_EQ(picture(), before);
+    // The window system answers late: sizes from before may come once more, and the last one after them.
+    EXPECT_TRUE(waitUntil([this, &before] { return picture() == before; }));
+    EXPECT_EQ(window->size(), QSize(320, 200));
     EXPECT_EQ(window->error(), QString());
     EXPECT_EQ(window->glErrors(), 0);
 }

@@ -1,111 +1,16 @@
 // SPDX-License-Identifier: MIT
 // What the window's keys switch: each choice shows the picture that the command line's option of the same name gives,
 // and going back shows the first one again. Wants a display.
-#include "ModelReader.h"
 #include "TextureWall.h"
-#include "WindowTools.h"
+#include "WindowSwitchTools.h"
 
 #include <QDir>
 #include <QFile>
-#include <QGuiApplication>
-#include <QScreen>
 #include <QThread>
 
 #include <string>
 
 using namespace vrkview;
-
-namespace
-{
-
-constexpr QSize kSize(160, 100);
-
-/// A floor with a picture on it, and a box and a smaller one.
-QString writeModel(const ModelFolder& folder)
-{
-    QImage picture(16, 16, QImage::Format_RGB32);
-    for (int y = 0; y < 16; ++y)
-        for (int x = 0; x < 16; ++x)
-            picture.setPixel(x, y, (x / 4 + y / 4) % 2 ? qRgb(220, 200, 90) : qRgb(40, 90, 160));
-    EXPECT_TRUE(picture.save(folder.path("picture.png")));
-    folder.write("a.mtl", "newmtl floor\nKd 1 1 1\nmap_Kd picture.png\nnewmtl red\nKd 0.8 0.2 0.1\n");
-    const QByteArray lines = "mtllib a.mtl\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
-                             "v -2 0 -2\nv 2 0 -2\nv 2 0 2\nv -2 0 2\nvn 0 1 0\n"
-                             "usemtl floor\nf -4/1/-1 -1/4/-1 -2/3/-1 -3/2/-1\nusemtl red\n";
-    TriangleSoup boxes = boxSoup({-0.7f, 0.2f, -0.7f}, {0.5f, 1.4f, 0.5f});
-    append(boxes, boxSoup({0.8f, 0.1f, 0.6f}, {1.4f, 0.6f, 1.2f}));
-    return folder.write("a.obj", objFile(boxes, lines));
-}
-
-struct Press
-{
-    int key;
-    Qt::KeyboardModifiers modifiers = Qt::NoModifier;
-};
-
-class WindowSwitchTest : public WindowFixture
-{
-protected:
-    void SetUp() override
-    {
-        WindowFixture::SetUp();
-        path = writeModel(folder);
-        openFile();
-    }
-
-    void openFile(const RenderSettings& settings = {})
-    {
-        ReadResult result = readModel(path, UpAxis::Y);
-        ASSERT_TRUE(result.model.has_value()) << qPrintable(result.error);
-        open(*result.model, settings, kSize);
-    }
-
-    QImage headless(const QStringList& options) const
-    {
-        return drawWithViewer(
-            QStringList{path, "--size", "160x100", "--samples", "1", "--azimuth", "35", "--elevation", "22"} + options);
-    }
-
-    /// The picture in the window is the one that these options give.
-    void expectAsWith(const QStringList& options)
-    {
-        const Difference steps = difference(picture(), headless(options));
-        EXPECT_LE(steps.largest, 2) << options.join(' ').toStdString() << ": " << told();
-        settle(); // and the frames go on
-        EXPECT_EQ(window->glErrors(), 0) << options.join(' ').toStdString();
-    }
-
-    void pressAll(const std::vector<Press>& presses)
-    {
-        for (const auto& [key, modifiers] : presses)
-            press(key, modifiers);
-    }
-
-    /// What is on the screen where the window is.
-    QImage seen()
-    {
-        return QGuiApplication::primaryScreen()
-            ->grabWindow(window->winId())
-            .toImage()
-            .convertToFormat(QImage::Format_RGB32);
-    }
-
-    /// The window system takes a moment to show a frame.
-    bool isSeen(const QImage& expected)
-    {
-        return waitUntil(
-            [this, &expected]
-            {
-                QCoreApplication::processEvents();
-                return seen() == expected;
-            });
-    }
-
-    ModelFolder folder;
-    QString path;
-};
-
-} // namespace
 
 // ---- switches ------------------------------------------------------------------------------------------------------
 
@@ -357,90 +262,6 @@ TEST_F(WindowSwitchTest, ARoundThroughAllChoicesLeavesNoObjectBehind)
     EXPECT_EQ(livingNames(), names) << "textures, buffers, framebuffers, renderbuffers, programs, shaders, arrays";
     EXPECT_GT(names[0], 0);
     EXPECT_GT(names[4], 0);
-}
-
-// ---- texts ---------------------------------------------------------------------------------------------------------
-
-TEST_F(WindowSwitchTest, HelpIsSeenAndGoesAwayAgainExactly)
-{
-    window->resize(640, 480);
-    EXPECT_TRUE(waitUntil([this] { return window->size() == QSize(640, 480); }));
-    settle();
-    const QImage plain = picture();
-    EXPECT_TRUE(isSeen(plain));
-    for (const int key : {int(Qt::Key_H), int(Qt::Key_F1), int(Qt::Key_Question)})
-    {
-        press(key);
-        EXPECT_EQ(window->panel(Panel::Help).size(), qsizetype(std::size(kMouse) + std::size(kKeys) + 1));
-        EXPECT_TRUE(waitUntil([this, &plain] { return seen() != plain; }));
-        EXPECT_EQ(picture(), plain) << "it is no part of the picture";
-        settle();
-        int changed = 0;
-        const QImage helped = seen();
-        for (int y = 0; y < plain.height(); ++y)
-            for (int x = 0; x < plain.width(); ++x)
-                changed += helped.pixel(x, y) != plain.pixel(x, y) ? 1 : 0;
-        EXPECT_GT(changed, 640 * 480 / 4);
-        EXPECT_EQ(helped.pixel(2, 2), plain.pixel(2, 2));
-        press(key);
-        EXPECT_TRUE(isSeen(plain));
-    }
-}
-
-TEST_F(WindowSwitchTest, StatsTellChoicesAndCostsAndAreDrawnAllTheTime)
-{
-    const QImage plain = picture();
-    EXPECT_TRUE(isSeen(plain));
-    const int before = frames();
-    press(Qt::Key_S);
-    EXPECT_TRUE(waitUntil([this, before] { return frames() > before + 5; })) << "or there would be no rate to tell";
-    press(Qt::Key_C);
-    settle();
-    const auto right = [this](const char* left)
-    {
-        for (const TextRow& row : window->panel(Panel::Stats))
-            if (row.left == QLatin1String(left))
-                return row.right.toStdString();
-        return std::string("no such row");
-    };
-    EXPECT_EQ(right("carrier"), "uniform");
-    EXPECT_EQ(right("manager"), "sampler");
-    EXPECT_EQ(right("draw id"), "auto");
-    EXPECT_EQ(right("environment"), "off");
-    EXPECT_EQ(right("shadows"), "off");
-    EXPECT_EQ(right("debug view"), "none");
-    EXPECT_EQ(right("draw calls"), "3 in 3 batches") << "background, floor and boxes, but no texts";
-    EXPECT_EQ(right("commands"), "2, 0 culled");
-    EXPECT_NE(right("draw"), "no such row");
-    EXPECT_NE(right("memory").find("KiB"), std::string::npos);
-    EXPECT_EQ(right("OpenGL errors"), "no such row");
-    EXPECT_TRUE(waitUntil([&right] { return right("frame").find(" fps") != std::string::npos; }));
-    EXPECT_NE(seen(), plain);
-    press(Qt::Key_S);
-    press(Qt::Key_C, Qt::ShiftModifier);
-    EXPECT_TRUE(window->panel(Panel::Stats).isEmpty());
-}
-
-TEST_F(WindowSwitchTest, TextsAreUploadedOnlyWhenTheyChange)
-{
-    press(Qt::Key_H);
-    settle();
-    const int uploads = WindowTestAccess::uploads(*window);
-    for (int i = 0; i < 5; ++i)
-        settle();
-    EXPECT_EQ(WindowTestAccess::uploads(*window), uploads);
-    press(Qt::Key_G); // which says so
-    settle();
-    EXPECT_EQ(WindowTestAccess::uploads(*window), uploads + 1);
-}
-
-TEST_F(WindowSwitchTest, RemarksGoAwayByThemselves)
-{
-    const QImage plain = picture();
-    press(Qt::Key_Space);
-    EXPECT_EQ(told(), "nothing moves here");
-    EXPECT_TRUE(waitUntil([this] { return told().empty(); }));
-    EXPECT_TRUE(isSeen(plain));
 }
 
 // ---- other keys ----------------------------------------------------------------------------------------------------
