@@ -21,7 +21,6 @@
 #include <cstdlib>
 #include <iterator>
 #include <string_view>
-#include <utility>
 
 using namespace Harrow::Vrk;
 
@@ -142,7 +141,7 @@ bool hasGLExtension(const char* name)
         QSet<QString> read = readExtensions();
         if (const auto known = std::find(cache.cbegin(), cache.cend(), read); known != cache.cend())
             read = *known;
-        cache.insert(context, std::move(read));
+        cache.insert(context, read);
     }
     const auto names = cache.constFind(context);
     if (names == cache.constEnd())
