@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "ShadowMaps.h"
 
+#include "LightSpace.h"
+
 #include <VrkGL/AutoBinder.h>
 #include <VrkGL/Texture.h>
 
 #include <QVariant>
-#include <QVector4D>
 
-#include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace vrkview
 {
@@ -20,36 +20,13 @@ namespace
 
 constexpr int kMapSide = 1024;
 
-// How far the library's projection of a spot goes, in units of the light's space.
-constexpr float kSpotRange = 100.0f;
-
-/// Where z is the third axis, and a place in the middle.
-QMatrix4x4 transformAlong(const QVector3D& place, const QVector3D& z, float scale)
-{
-    const QVector3D beside = std::abs(z.y()) < 0.99f ? QVector3D(0, 1, 0) : QVector3D(1, 0, 0);
-    const QVector3D x = QVector3D::crossProduct(beside, z).normalized();
-    const QVector3D y = QVector3D::crossProduct(z, x);
-    QMatrix4x4 matrix;
-    matrix.setColumn(0, QVector4D(scale * x, 0.0f));
-    matrix.setColumn(1, QVector4D(scale * y, 0.0f));
-    matrix.setColumn(2, QVector4D(scale * z, 0.0f));
-    matrix.setColumn(3, QVector4D(place, 1.0f));
-    return matrix;
-}
-
-/// A sun shines along the z of its space, a spot along -z.
 QMatrix4x4 transformOf(const SceneLight& light, const Bounds& bounds)
 {
     if (light.kind == SceneLight::Kind::Sun)
-        return transformAlong(light.place, light.along, 1.0f);
+        return spaceOfSun(light.place, light.along);
     if (light.kind == SceneLight::Kind::Spot)
-    {
-        const float farthest = (light.place - bounds.center()).length() + bounds.radius();
-        return transformAlong(light.place, -light.along, farthest / kSpotRange);
-    }
-    QMatrix4x4 matrix;
-    matrix.translate(light.place);
-    return matrix;
+        return spaceOfSpot(light.place, light.along, (light.place - bounds.center()).length() + bounds.radius());
+    return spaceOfPoint(light.place);
 }
 
 ShadowMapManager::Light::Type typeOf(SceneLight::Kind kind)

@@ -4,12 +4,10 @@
 #include "AutoBinder.h"
 #include "FramebufferObject.h"
 #include "GLFunctions.h"
+#include "LightSpace.h"
 #include "Texture.h"
 
 #include <QVariant>
-#include <QVector4D>
-
-#include <cmath>
 
 namespace vrksoak
 {
@@ -21,30 +19,13 @@ namespace
 
 constexpr int kSide = 128;
 
-// How far the library's projection of a spot goes, in units of the light's space.
-constexpr float kSpotRange = 100.0f;
-
-/// Where `z` is the third axis, and a place in the middle.
-QMatrix4x4 transformAlong(const QVector3D& place, const QVector3D& z, float scale)
-{
-    const QVector3D beside = std::abs(z.y()) < 0.99f ? QVector3D(0, 1, 0) : QVector3D(1, 0, 0);
-    const QVector3D x = QVector3D::crossProduct(beside, z).normalized();
-    QMatrix4x4 matrix;
-    matrix.setColumn(0, QVector4D(scale * x, 0.0f));
-    matrix.setColumn(1, QVector4D(scale * QVector3D::crossProduct(z, x), 0.0f));
-    matrix.setColumn(2, QVector4D(scale * z, 0.0f));
-    matrix.setColumn(3, QVector4D(place, 1.0f));
-    return matrix;
-}
-
-/// A sun shines along the z of its space, the others along -z.
 QMatrix4x4 transformOf(const ShadowLight& light, const vrkview::Bounds& bounds)
 {
     if (light.type == ShadowMapManager::Light::eDirectional)
-        return transformAlong(light.place, light.along, 1.0f);
+        return vrkview::spaceOfSun(light.place, light.along);
     if (light.type == ShadowMapManager::Light::ePoint)
-        return transformAlong(light.place, QVector3D(0, 0, 1), 1.0f);
-    return transformAlong(light.place, -light.along, 2.0f * bounds.radius() / kSpotRange);
+        return vrkview::spaceOfPoint(light.place);
+    return vrkview::spaceOfSpot(light.place, light.along, 2.0f * bounds.radius());
 }
 
 } // namespace
