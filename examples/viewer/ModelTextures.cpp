@@ -161,7 +161,7 @@ Picture ModelTextures::tilesOf(const Image& image, Content content)
 {
     if (image.parts.empty())
     {
-        remark(QStringLiteral("'%1' has no tiles").arg(image.path));
+        remarkOnce(QStringLiteral("'%1' has no tiles").arg(image.path));
         return {INVALID_TOKEN};
     }
     const TextureToken token = _manager.createUDIMToken();

@@ -192,9 +192,9 @@ std::vector<SceneLight> makeLights(const LightSettings& settings, const Bounds& 
                 lights.push_back(light);
         }
         if (lights.size() < ofFile.size())
-            remark(QStringLiteral("%1 of the file's lights are left out: shadow maps have %2 layers")
-                       .arg(ofFile.size() - lights.size())
-                       .arg(kMostLayers));
+            remarkOnce(QStringLiteral("%1 of the file's lights are left out: shadow maps have %2 layers")
+                           .arg(ofFile.size() - lights.size())
+                           .arg(kMostLayers));
         return lights;
     }
     return {makeSun(bounds, settings.cascades), makeSpot(bounds), makePoint(bounds)};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Terminal.h"
 
+#include <QSet>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -80,6 +82,15 @@ void remark(const QString& text)
 {
     std::fprintf(stderr, "%s: %s\n", programName, asOneLine(text).constData());
     std::fflush(stderr);
+}
+
+void remarkOnce(const QString& text)
+{
+    static QSet<QString> told;
+    if (told.contains(text))
+        return;
+    told.insert(text);
+    remark(text);
 }
 
 ProgressLine::ProgressLine()

@@ -22,6 +22,10 @@ int fail(const QString& text);
 /// The same for a remark that is no failure.
 void remark(const QString& text);
 
+/// The same for what stays true as a scene is built anew: each text is told once in the program's life. On the thread
+/// that runs `main`.
+void remarkOnce(const QString& text);
+
 /// A line on standard error that is written over as work goes on. Shows nothing unless standard error is a terminal
 /// and the work has already taken a moment; clears its line at the end.
 class ProgressLine

@@ -173,3 +173,24 @@ TEST(FileLightsTest, NoMoreThanThereIsRoomFor)
     bounds.add({1, 1, 1});
     EXPECT_EQ(int(fileLights(model, QMatrix4x4(), bounds).size()), kMostLights);
 }
+
+TEST(FileLightsTest, WhatShadowMapsHaveNoLayersForIsLeftOutAndThatIsToldOnce)
+{
+    Bounds bounds;
+    bounds.add({0, 0, 0});
+    bounds.add({1, 1, 1});
+    SceneLight sun;
+    sun.kind = SceneLight::Kind::Sun;
+    const std::vector<SceneLight> suns(40, sun);
+    const auto heard = [&bounds, &suns](int cascades, std::size_t kept)
+    {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(makeLights({LightSet::All, 0, cascades}, bounds, suns).size(), kept);
+        return testing::internal::GetCapturedStderr();
+    };
+    const std::string end = " of the file's lights are left out: shadow maps have 32 layers\n";
+    EXPECT_EQ(heard(1, 32), "vrkview: 8" + end);
+    EXPECT_EQ(heard(1, 32), "") << "as the scene is built anew";
+    EXPECT_EQ(heard(4, 8), "vrkview: 32" + end) << "which is something else";
+    EXPECT_EQ(heard(4, 8), "");
+}

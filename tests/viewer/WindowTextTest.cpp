@@ -66,6 +66,23 @@ TEST_F(WindowSwitchTest, StatsTellChoicesAndCostsAndAreDrawnAllTheTime)
     EXPECT_TRUE(window->panel(Panel::Stats).isEmpty());
 }
 
+TEST_F(WindowSwitchTest, WhatAFileLacksIsNotToldAgainWhenTheSceneIsBuiltAnew)
+{
+    closeWindow();
+    folder.write("a.mtl", "newmtl floor\nKd 1 1 1\nmap_Kd none.<UDIM>.png\nnewmtl red\nKd 0.8 0.2 0.1\n");
+    testing::internal::CaptureStderr();
+    RenderSettings settings;
+    settings.manager = ManagerKind::Array2D;
+    openFile(settings);
+    press(Qt::Key_C);
+    settle();
+    EXPECT_EQ(told(), "record carrier: uniform");
+    const std::string heard = testing::internal::GetCapturedStderr();
+    const std::size_t first = heard.find("has no tiles");
+    ASSERT_NE(first, std::string::npos) << heard;
+    EXPECT_EQ(heard.find("has no tiles", first + 1), std::string::npos) << heard;
+}
+
 TEST_F(WindowSwitchTest, TextsAreUploadedOnlyWhenTheyChange)
 {
     press(Qt::Key_H);
