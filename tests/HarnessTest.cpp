@@ -10,9 +10,12 @@
 
 #include <QList>
 #include <QMessageLogger>
+#include <QVector3D>
 
 #include <cstdlib>
 #include <new>
+#include <optional>
+#include <string>
 #include <thread>
 
 using namespace Harrow::Vrk;
@@ -107,6 +110,16 @@ TEST(LogCapturing, NestsAndKeepsTypes)
     QMessageLogger().debug("three");
     EXPECT_EQ(outer.texts(), QStringList({QStringLiteral("one"), QStringLiteral("three")}));
     EXPECT_EQ(outer.texts(QtWarningMsg), QStringList({QStringLiteral("one")}));
+}
+
+TEST(Printing, ShowsValuesOfQtAsTheyAre)
+{
+    EXPECT_EQ(testing::PrintToString(QStringLiteral("a \"b\"")), R"("a \"b\"")");
+    EXPECT_EQ(testing::PrintToString(QByteArray("x\0y", 3)), R"("x\x00y")");
+    EXPECT_EQ(testing::PrintToString(QStringList{QStringLiteral("a"), QString()}), R"(QList("a", ""))");
+    EXPECT_EQ(testing::PrintToString(QVector3D(1, 2.5f, -3)), "QVector3D(1, 2.5, -3)");
+    EXPECT_EQ(testing::PrintToString(std::optional(QStringLiteral("a"))), R"(("a"))");
+    EXPECT_EQ(testing::PrintToString(std::string("a")), R"("a")") << "and others as before";
 }
 
 // Else a test that counts no allocation would say nothing.
