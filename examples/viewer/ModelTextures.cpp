@@ -6,6 +6,7 @@
 #include "Terminal.h"
 
 #include <VrkGL/AutoBinder.h>
+#include <VrkGL/GLFunctions.h>
 #include <VrkGL/Texture.h>
 #include <VrkGL/TextureFileInfo.h>
 #include <VrkGL/TextureIO.h>
@@ -33,6 +34,15 @@ QSize sizeOf(Texture* texture)
 {
     const AutoBinder bound(texture);
     return {texture->width(0), texture->height(0)};
+}
+
+/// Shaders wrap coordinates themselves, and each material in its own way; textures of KTX and ASTC files repeat of
+/// themselves.
+void clampToEdges(Texture* texture)
+{
+    const AutoBinder bound(texture);
+    for (const GLenum wrap : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
+        glTexParameteri(texture->target(), wrap, GL_CLAMP_TO_EDGE);
 }
 
 /// Those that hold no colours.
@@ -139,15 +149,20 @@ TextureToken ModelTextures::tokenOf(const QString& path, const QImage& pixels, C
     const TextureFileInfo info = infoOf(content == Content::Colors);
     if (pixels.isNull() && content == Content::Colors)
     {
-        const TextureToken token = _manager.tokenForImage(path, info);
         // Loads it. Where that fails the manager gives white and tries again each time, so each frame.
-        return _manager.findToken(_manager.textureForToken(token));
+        Texture* const texture = _manager.textureForToken(_manager.tokenForImage(path, info));
+        if (texture)
+            clampToEdges(texture);
+        return _manager.findToken(texture);
     }
     if (pixels.isNull())
     {
         // Not by its path, by which the manager knows the same picture as one of colours.
         Texture* const texture = LoadTextureFromFile(path, info);
-        return texture ? _manager.tokenForTexture(texture) : INVALID_TOKEN;
+        if (!texture)
+            return INVALID_TOKEN;
+        clampToEdges(texture);
+        return _manager.tokenForTexture(texture);
     }
     if (pixels.format() == QImage::Format_Grayscale8 || pixels.format() == QImage::Format_RGBA64)
         return _manager.tokenForTexture(newPlainTexture(pixels));

@@ -8,7 +8,10 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 namespace
 {
@@ -32,9 +35,8 @@ Square squareOf(const QImage& picture, int wrapS, int wrapT, double repeats, dou
             .root = {{"extensionsUsed", QJsonArray{"KHR_materials_unlit", "KHR_texture_transform"}}}};
 }
 
-QImage draw(const Square& square, const QString& manager)
+QImage draw(const Square& square, const QString& manager, const ModelFolder& folder = ModelFolder())
 {
-    const ModelFolder folder;
     return drawWithViewer({folder.write("square.gltf", gltfFile(square)), "--camera", "front", "--samples", "1",
                            "--size", QString("%1x%1").arg(kSide), "--manager", manager});
 }
@@ -57,6 +59,24 @@ QImage scattered(int width, int height)
             image.setPixel(x, y, qRgb(red, green, next()));
         }
     return image;
+}
+
+/// A KTX file with one level of RGBA8, the top row first.
+QByteArray ktxFile(const QImage& image)
+{
+    QByteArray bytes("\xABKTX 11\xBB\r\n\x1A\n");
+    const auto append = [&bytes](std::initializer_list<quint32> words)
+    {
+        for (const quint32 word : words)
+            for (int shift = 0; shift < 32; shift += 8)
+                bytes.append(char(word >> shift));
+    };
+    const auto width = quint32(image.width());
+    const auto height = quint32(image.height());
+    append({0x04030201, 0x1401, 1, 0x1908, 0x8058, 0x1908, width, height, 0, 0, 1, 1, 0, 4 * width * height});
+    const QImage texels = image.convertToFormat(QImage::Format_RGBA8888);
+    bytes.append(reinterpret_cast<const char*>(texels.constBits()), texels.sizeInBytes());
+    return bytes;
 }
 
 /// The texel that stands at a place beyond the picture's edges.
@@ -147,6 +167,20 @@ TEST(WrapPictureTest, EveryPixelIsWhatALinearFilterGivesAlsoAcrossTheEdges)
         for (const auto& [wrapS, wrapT] : {std::pair(kRepeat, kRepeat), std::pair(kMirror, kMirror),
                                            std::pair(kClamp, kClamp), std::pair(kRepeat, kClamp)})
             expectFiltered(draw(squareOf(image, wrapS, wrapT, 2.0, -0.5), manager), image, wrapS, wrapT, manager);
+}
+
+TEST(WrapPictureTest, SoItIsWithTexturesThatRepeatOfThemselves)
+{
+    const QImage image = scattered(16, 8);
+    const ModelFolder folder;
+    folder.write("picture.ktx", ktxFile(image));
+    for (const char* manager : {"sampler", "array2d"})
+        for (const auto& [wrapS, wrapT] : {std::pair(kRepeat, kRepeat), std::pair(kClamp, kMirror)})
+        {
+            Square square = squareOf(image, wrapS, wrapT, 2.0, -0.5);
+            square.root["images"] = QJsonArray{QJsonObject{{"uri", "picture.ktx"}}};
+            expectFiltered(draw(square, manager, folder), image, wrapS, wrapT, manager);
+        }
 }
 
 // Moved by half of itself and looked at half a picture farther, a picture that repeats shows what it showed: but the
