@@ -248,9 +248,15 @@ QString environmentFault(const Options& options, const ValueReader& reader, bool
         return QStringLiteral("--env and --no-env exclude each other");
     if (options.exposure && !canHave && !isTexture)
         return QStringLiteral("--exposure wants --env, --window or --texture");
-    for (const char* const model : {"specular", "diffuse"})
-        if (reader.isSet(model) && !canHave)
-            return QStringLiteral("--%1 wants --env or --window").arg(QLatin1String(model));
+    for (const char* const name : {"specular", "diffuse"})
+    {
+        if (!reader.isSet(name))
+            continue;
+        if (isTexture)
+            return QStringLiteral("--texture and --%1 exclude each other").arg(QLatin1String(name));
+        if (!canHave)
+            return QStringLiteral("--%1 wants --env or --window").arg(QLatin1String(name));
+    }
     return {};
 }
 

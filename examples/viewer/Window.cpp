@@ -88,8 +88,6 @@ bool Window::createDrawing(const QString& fileCamera, QString& error)
     _drawing = std::make_unique<Drawing>();
     if (!_drawing->overlay.create(error) || !_drawing->renderer.create(_model, _settings, error))
         return false;
-    if (!_drawing->renderer.whiteTiles().isEmpty())
-        remark(_drawing->renderer.whiteTiles());
     if (!fileCamera.isEmpty())
     {
         _homeFileCamera = _drawing->renderer.fileCameraIndex(fileCamera);
@@ -100,6 +98,8 @@ bool Window::createDrawing(const QString& fileCamera, QString& error)
         }
     }
     frameModel();
+    if (!_drawing->renderer.whiteTiles().isEmpty())
+        remark(_drawing->renderer.whiteTiles());
     return true;
 }
 

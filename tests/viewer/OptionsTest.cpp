@@ -245,6 +245,9 @@ TEST(OptionsTest, WhatIsSaidOfAnEnvironmentWantsOne)
         EXPECT_EQ(parse(saying).outcome, ParsedOptions::Outcome::Run) << "of the sky of the built-in scene";
         EXPECT_EQ(parse(saying + QStringList{"--crowd", "3", "--env", "a.hdr"}).outcome, ParsedOptions::Outcome::Run);
     }
+    for (const QStringList& saying : {QStringList{"--specular", "ggx"}, QStringList{"--diffuse", "lambert"}})
+        expectError(QStringList{"--texture", "a.hdr"} + saying,
+                    QStringLiteral("--texture and %1 exclude each other").arg(saying[0]));
     EXPECT_EQ(parse({"a.obj", "--window", "--exposure", "-2"}).options.settings.environment.exposure, -2.0f);
 }
 
