@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What every kind of episode draws by chance, out of what this driver has.
+// What the episodes of the stage and of the viewer draw by chance, out of what this driver has.
 #pragma once
 
 #include "RenderSettings.h"

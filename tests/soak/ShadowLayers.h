@@ -32,7 +32,7 @@ struct ShadowLight
     QVector3D place;
     QVector3D along; ///< unit vector, the way it shines
     float cutoff;    ///< of a spot
-    int cascades;    ///< of each side of a point light
+    int cascades;    ///< of a sun, or of each side of a point light
 };
 
 class ShadowLayers

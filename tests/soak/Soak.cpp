@@ -44,7 +44,7 @@ struct Limit
     double leastKiB;
     double perCheckpointKiB;
 };
-constexpr Limit kHeapLimit = {768.0, 8.0};
+constexpr Limit kHeapLimit = {768.0, 4.0};
 constexpr Limit kResidentLimit = {8192.0, 16.0};
 
 double limitFor(const Limit& limit, std::size_t checkpoints)

@@ -28,7 +28,7 @@ struct Trend
     {
         return slope * double(count);
     }
-    /// The same by the thirds. From the middle of one to that of the next is half of the way.
+    /// The same by the thirds. From a place in one to the same place in the next is half of the way.
     double riseByThirds() const
     {
         return 2.0 * (lastThird - middleThird);
