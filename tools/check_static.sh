@@ -6,7 +6,8 @@
 #   tools/check_static.sh cppcheck              src and examples, within a minute; ctest runs it too
 #   tools/check_static.sh tidy                  src and examples
 #   tools/check_static.sh tidy pattern...       those of their files whose path holds one of the patterns
-# Without cppcheck its check is skipped: the status is 77, and the last line says "SKIPPED".
+# Without cppcheck its check is skipped, and with it the other one of "both": the status is 77, and the last line says
+# "SKIPPED".
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 build=$here/build/static

@@ -14,7 +14,7 @@
 namespace vrkview
 {
 
-/// A buffer that holds `values`, which never change, and is bound to `target` from now on. Wants its context current.
+/// A buffer that holds `values`, which never change, and that binds to `target` from now on. Wants its context current.
 template <typename Value>
 QSharedPointer<Harrow::Vrk::BufferObject> newFilledBuffer(GLenum target, const std::vector<Value>& values)
 {

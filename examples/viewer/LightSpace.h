@@ -17,7 +17,7 @@ QMatrix4x4 spaceOfSun(const QVector3D& place, const QVector3D& along);
 /// a fixed depth of the light's space, so that the scale of the space says how far that is.
 QMatrix4x4 spaceOfSpot(const QVector3D& place, const QVector3D& along, float farthest);
 
-/// A lamp shines to all sides, and stands in a world that is only moved.
+/// A point shines to all sides. Its space is the world's, moved to its place.
 QMatrix4x4 spaceOfPoint(const QVector3D& place);
 
 } // namespace vrkview

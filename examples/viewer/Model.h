@@ -47,7 +47,7 @@ struct Mesh
     std::vector<QVector2D> moreTexCoords{}; ///< for pictures that lie in another way; as many as `texCoords`, or none
 };
 
-/// How a picture is looked up. The numbers are those of scene.frag.
+/// How a picture is looked up. The numbers are those of Picture.glslh.
 enum class ImageKind : std::uint32_t
 {
     Flat = 0,
@@ -83,7 +83,7 @@ struct Image
     std::optional<StreamerKind> streamer{};
 };
 
-/// How a picture goes on beyond its edges. The numbers are those of scene.frag.
+/// How a picture goes on beyond its edges. The numbers are those of Picture.glslh.
 enum class Wrap : std::uint32_t
 {
     Repeat = 0,

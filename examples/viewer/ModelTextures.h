@@ -37,7 +37,8 @@ public:
     /// All of them.
     QList<Harrow::Vrk::TextureToken> tokens() const;
 
-    /// Which tiles are white because the manager has none, in one line, or empty.
+    /// Which tiles are white, or not there where they are no colours, because the manager has none: in one line, or
+    /// empty.
     QString whiteTiles() const;
 
 private:

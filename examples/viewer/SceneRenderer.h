@@ -50,8 +50,8 @@ public:
     SceneRenderer(const SceneRenderer&) = delete;
     SceneRenderer& operator=(const SceneRenderer&) = delete;
 
-    /// Whether the driver has the roads that `settings` ask for, and the roads room for the model's pictures. On false
-    /// `error` says in one line what is lacking.
+    /// Whether the driver has the roads that `settings` ask for, and whether these can carry the model's pictures. On
+    /// false `error` says in one line what is lacking.
     static bool isSupported(const Model& model, const RenderSettings& settings, QString& error);
 
     /// Builds the programs and uploads `model`, which need not outlive the call. On false `error` says why in one line;

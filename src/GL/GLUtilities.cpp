@@ -32,8 +32,7 @@ bool initialised = false;
 QBasicMutex extensionMutex;
 
 /// Extension names per context handle. Entries are never removed: a new context on an old handle inherits the set.
-/// Contexts with the same names share one set, some 20 KiB, or a program that makes contexts again and again would
-/// grow.
+/// Contexts with the same names share one set: it takes some 20 KiB, and a program may make contexts again and again.
 QHash<void*, QSet<QString>>& extensionCache()
 {
     static QHash<void*, QSet<QString>> cache;

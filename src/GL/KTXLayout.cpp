@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KTXLayout.h"
 
+#include "CubemapFaces.h"
 #include "GLFunctions.h"
 
 #include <QtEndian>
@@ -118,7 +119,7 @@ quint64 bytesTouched(const KTXHeader& header, const KTXLevel& level, quint32 wid
             header.isCompressed() ? level.imageSize : ktxTransferBytes(header, width, height, isCube ? 0 : depth);
         one = std::max(one, uploaded);
     }
-    const quint64 otherFaces = isCube ? 5 * level.stride() : 0;
+    const quint64 otherFaces = isCube ? (kCubemapFaces - 1) * level.stride() : 0;
     return one > std::numeric_limits<quint64>::max() - otherFaces ? one : otherFaces + one;
 }
 
@@ -130,7 +131,7 @@ quint64 advance(const KTXHeader& header, const KTXLevel& level)
     case KTXHeader::Shape::eNone:
         return 0;
     case KTXHeader::Shape::eCube:
-        return 6 * level.stride();
+        return kCubemapFaces * level.stride();
     default:
         return level.stride();
     }

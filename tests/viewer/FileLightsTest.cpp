@@ -174,6 +174,7 @@ TEST(FileLightsTest, NoMoreThanThereIsRoomFor)
     EXPECT_EQ(int(fileLights(model, QMatrix4x4(), bounds).size()), kMostLights);
 }
 
+// Once in the life of the program that tells it.
 TEST(FileLightsTest, WhatShadowMapsHaveNoLayersForIsLeftOutAndThatIsToldOnce)
 {
     Bounds bounds;

@@ -6,7 +6,16 @@
 
 using namespace vrkview;
 
-TEST_F(WindowSwitchTest, HelpIsSeenAndGoesAwayAgainExactly)
+namespace
+{
+
+class WindowTextTest : public WindowSwitchTest
+{
+};
+
+} // namespace
+
+TEST_F(WindowTextTest, HelpIsSeenAndGoesAwayAgainExactly)
 {
     window->resize(640, 480);
     EXPECT_TRUE(waitUntil([this] { return window->size() == QSize(640, 480); }));
@@ -32,7 +41,7 @@ TEST_F(WindowSwitchTest, HelpIsSeenAndGoesAwayAgainExactly)
     }
 }
 
-TEST_F(WindowSwitchTest, StatsTellChoicesAndCostsAndAreDrawnAllTheTime)
+TEST_F(WindowTextTest, StatsTellChoicesAndCostsAndAreDrawnAllTheTime)
 {
     const QImage plain = picture();
     EXPECT_TRUE(isSeen(plain));
@@ -66,7 +75,7 @@ TEST_F(WindowSwitchTest, StatsTellChoicesAndCostsAndAreDrawnAllTheTime)
     EXPECT_TRUE(window->panel(Panel::Stats).isEmpty());
 }
 
-TEST_F(WindowSwitchTest, WhatAFileLacksIsNotToldAgainWhenTheSceneIsBuiltAnew)
+TEST_F(WindowTextTest, WhatAFileLacksIsNotToldAgainWhenTheSceneIsBuiltAnew)
 {
     closeWindow();
     folder.write("a.mtl", "newmtl floor\nKd 1 1 1\nmap_Kd none.<UDIM>.png\nnewmtl red\nKd 0.8 0.2 0.1\n");
@@ -83,7 +92,7 @@ TEST_F(WindowSwitchTest, WhatAFileLacksIsNotToldAgainWhenTheSceneIsBuiltAnew)
     EXPECT_EQ(heard.find("has no tiles", first + 1), std::string::npos) << heard;
 }
 
-TEST_F(WindowSwitchTest, TextsAreUploadedOnlyWhenTheyChange)
+TEST_F(WindowTextTest, TextsAreUploadedOnlyWhenTheyChange)
 {
     press(Qt::Key_H);
     settle();
@@ -96,7 +105,7 @@ TEST_F(WindowSwitchTest, TextsAreUploadedOnlyWhenTheyChange)
     EXPECT_EQ(WindowTestAccess::uploads(*window), uploads + 1);
 }
 
-TEST_F(WindowSwitchTest, RemarksGoAwayByThemselves)
+TEST_F(WindowTextTest, RemarksGoAwayByThemselves)
 {
     const QImage plain = picture();
     press(Qt::Key_Space);
