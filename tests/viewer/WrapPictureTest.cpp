@@ -132,8 +132,11 @@ double placeOf(int pixel)
     return (2.0 * (pixel + 0.5) / kSide - 1.0) * half;
 }
 
-void expectFiltered(const QImage& picture, const QImage& image, int wrapS, int wrapT, const char* manager)
+/// `full` is the light of a texel of 1.
+void expectFiltered(const QImage& picture, const QImage& image, int wrapS, int wrapT, const char* manager,
+                    double full = 1.0)
 {
+    const auto texelOf = [full](int channel) { return lightOf(channel) / full; };
     double worst = 0.0;
     QPoint where;
     int pixels = 0;
@@ -145,9 +148,9 @@ void expectFiltered(const QImage& picture, const QImage& image, int wrapS, int w
             // The square shows the coordinates from -0.5 to 1.5.
             const QVector3D wanted = filtered(image, 0.5 + placeOf(x), 0.5 + placeOf(y), wrapS, wrapT);
             const QRgb drawn = picture.pixel(x, y);
-            const double off = std::max({std::abs(lightOf(qRed(drawn)) - double(wanted.x())),
-                                         std::abs(lightOf(qGreen(drawn)) - double(wanted.y())),
-                                         std::abs(lightOf(qBlue(drawn)) - double(wanted.z()))});
+            const double off = std::max({std::abs(texelOf(qRed(drawn)) - double(wanted.x())),
+                                         std::abs(texelOf(qGreen(drawn)) - double(wanted.y())),
+                                         std::abs(texelOf(qBlue(drawn)) - double(wanted.z()))});
             if (off > worst)
                 where = {x, y};
             worst = std::max(worst, off);
@@ -155,7 +158,7 @@ void expectFiltered(const QImage& picture, const QImage& image, int wrapS, int w
         }
     EXPECT_GT(pixels, 10000);
     // A driver counts parts of a texel in steps of 1/256, each way; a step of the picture is up to 0.009.
-    EXPECT_LE(worst, 0.02) << manager << " " << wrapS << " " << wrapT << " at " << where.x() << " " << where.y();
+    EXPECT_LE(worst, 0.02 / full) << manager << " " << wrapS << " " << wrapT << " at " << where.x() << " " << where.y();
 }
 
 } // namespace
@@ -180,6 +183,25 @@ TEST(WrapPictureTest, SoItIsWithTexturesThatRepeatOfThemselves)
             Square square = squareOf(image, wrapS, wrapT, 2.0, -0.5);
             square.root["images"] = QJsonArray{QJsonObject{{"uri", "picture.ktx"}}};
             expectFiltered(draw(square, manager, folder), image, wrapS, wrapT, manager);
+        }
+}
+
+// Each picture of a material has a way of its own to go on; the other ones of this square have none.
+TEST(WrapPictureTest, SoItIsWithWhatShinesByItself)
+{
+    const QImage image = scattered(16, 8);
+    for (const char* manager : {"sampler", "array2d"})
+        for (const auto& [wrapS, wrapT] : {std::pair(kRepeat, kRepeat), std::pair(kClamp, kMirror)})
+        {
+            constexpr double kFull = 0.5; // below where bright light is held back
+            Square square = squareOf(image, wrapS, wrapT, 2.0, -0.5);
+            const QJsonValue texture = square.material["pbrMetallicRoughness"].toObject()["baseColorTexture"];
+            square.material = {{"pbrMetallicRoughness", QJsonObject{{"baseColorFactor", QJsonArray{0.0, 0.0, 0.0, 1.0}},
+                                                                    {"metallicFactor", 1.0}}},
+                               {"emissiveTexture", texture},
+                               {"emissiveFactor", QJsonArray{kFull, kFull, kFull}}};
+            square.root["extensionsUsed"] = QJsonArray{"KHR_texture_transform"};
+            expectFiltered(draw(square, manager), image, wrapS, wrapT, manager, kFull);
         }
 }
 
