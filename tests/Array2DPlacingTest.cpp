@@ -5,6 +5,8 @@
 
 #include "Array2DPlacingTestTools.h"
 
+#include <ostream>
+
 namespace Harrow::Vrk::Test
 {
 namespace
@@ -53,6 +55,11 @@ struct Limits
     int size3D;
     int slotSize;
 };
+
+void PrintTo(const Limits& limits, std::ostream* stream)
+{
+    *stream << limits.size << " and " << limits.size3D;
+}
 
 class Array2DSlotLimits : public Array2DPlacing, public testing::WithParamInterface<Limits>
 {

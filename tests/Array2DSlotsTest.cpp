@@ -8,6 +8,7 @@
 #include "support/LogCapture.h"
 
 #include <limits>
+#include <ostream>
 
 namespace Harrow::Vrk::Test
 {
@@ -127,6 +128,11 @@ struct FreeRun
     int first;
     Layers left;
 };
+
+void PrintTo(const FreeRun& run, std::ostream* stream)
+{
+    *stream << run.what;
+}
 
 class Array2DSlotRuns : public testing::TestWithParam<FreeRun>
 {
@@ -275,6 +281,12 @@ struct Budget
     int maxLayers;
 };
 
+void PrintTo(const Budget& budget, std::ostream* stream)
+{
+    *stream << budget.width << " x " << budget.height << " x " << budget.arrayLayers << " of " << budget.bytes
+            << " bytes";
+}
+
 class Array2DSlotBudgets : public testing::TestWithParam<Budget>
 {
 };
@@ -408,6 +420,12 @@ struct Score
     int height;
     quint32 score;
 };
+
+void PrintTo(const Score& score, std::ostream* stream)
+{
+    *stream << "method " << score.method << " with " << score.slotWidth << " x " << score.slotHeight << " for "
+            << score.width << " x " << score.height;
+}
 
 class Array2DSlotScores : public testing::TestWithParam<Score>
 {

@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <ostream>
 #include <string>
 
 namespace Harrow::Vrk::Test
@@ -313,6 +314,12 @@ enum class Ending
     eContextDestroyed,
     eQuadBound
 };
+
+void PrintTo(const Ending& ending, std::ostream* stream)
+{
+    constexpr const char* kNames[] = {"context current", "context not current", "context destroyed", "quad bound"};
+    *stream << kNames[int(ending)];
+}
 
 /// Told while the library releases its instance: by then there is none any more for anybody.
 void atRelease()

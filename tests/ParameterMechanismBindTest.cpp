@@ -6,6 +6,7 @@
 #include "OpenGLDeviceContext.h"
 
 #include <cstdlib>
+#include <ostream>
 
 namespace Harrow::Vrk::Test
 {
@@ -19,6 +20,11 @@ struct BlockCase
 };
 constexpr BlockCase kBlocks[] = {{Plan::eUniformBufferMechanism, GL_UNIFORM_BUFFER},
                                  {Plan::eStorageBufferMechanism, GL_SHADER_STORAGE_BUFFER}};
+
+void PrintTo(const BlockCase& block, std::ostream* stream)
+{
+    *stream << (block.target == GL_UNIFORM_BUFFER ? "uniform block" : "storage block");
+}
 
 class BlockBindTest : public ParameterMechanismBindTest, public testing::WithParamInterface<BlockCase>
 {

@@ -13,6 +13,7 @@
 #include <climits>
 #include <iterator>
 #include <map>
+#include <ostream>
 
 namespace Harrow::Vrk::Test
 {
@@ -31,6 +32,11 @@ struct FormatCase
     int external;
     int type;
 };
+
+void PrintTo(const FormatCase& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
 
 constexpr FormatCase kFormatCases[] = {
     {0, TextureFormat::R, "R", 0x1903, 0x8229, 0x1903, 0x1401},
@@ -74,6 +80,11 @@ struct RawFormatCase
     unsigned format;
     unsigned type;
 };
+
+void PrintTo(const RawFormatCase& row, std::ostream* stream)
+{
+    *stream << row.bytes << " bytes";
+}
 
 constexpr RawFormatCase kRawFormatCases[] = {
     {0x1403, 2, none, none},        // GL_UNSIGNED_SHORT

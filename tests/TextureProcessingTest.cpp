@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <ostream>
+
 namespace Harrow::Vrk::Test
 {
 
@@ -45,6 +47,11 @@ struct BlitRow
     GLenum point;
     GLbitfield mask;
 };
+
+void PrintTo(const BlitRow& row, std::ostream* stream)
+{
+    *stream << "format " << row.format;
+}
 
 } // namespace
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "VertexArrayObjectTestTools.h"
 
+#include <ostream>
+
 namespace Harrow::Vrk::Test
 {
 namespace
@@ -67,6 +69,11 @@ struct PointerRow
     bool normalized;
     bool asInteger;
 };
+
+void PrintTo(const PointerRow& row, std::ostream* stream)
+{
+    *stream << std::hex << std::showbase << row.type << std::dec << (row.normalized ? " normalized" : "");
+}
 
 class VertexArrayObjectPointerTest : public VertexArrayObjectTest, public testing::WithParamInterface<PointerRow>
 {
