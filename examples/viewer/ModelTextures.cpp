@@ -6,6 +6,7 @@
 #include "Terminal.h"
 
 #include <VrkGL/AutoBinder.h>
+#include <VrkGL/BindlessTextureManager.h>
 #include <VrkGL/GLFunctions.h>
 #include <VrkGL/Texture.h>
 #include <VrkGL/TextureFileInfo.h>
@@ -151,7 +152,8 @@ TextureToken ModelTextures::tokenOf(const QString& path, const QImage& pixels, C
     {
         // Loads it. Where that fails the manager gives white and tries again each time, so each frame.
         Texture* const texture = _manager.textureForToken(_manager.tokenForImage(path, info));
-        if (texture)
+        // The bindless manager has made a handle of it, and OpenGL changes nothing of such a texture any more.
+        if (texture && !dynamic_cast<BindlessTextureManager*>(&_manager))
             clampToEdges(texture);
         return _manager.findToken(texture);
     }
